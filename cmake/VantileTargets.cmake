@@ -1,0 +1,54 @@
+# What all of the project's own targets are compiled and linked with.
+
+add_library(vantile_options INTERFACE)
+target_include_directories(vantile_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(
+  vantile_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
+                            -Wsign-conversion -Wold-style-cast -Wundef)
+if(VANTILE_WERROR)
+  target_compile_options(vantile_options INTERFACE -Werror)
+endif()
+if(VANTILE_PLATFORM STREQUAL "macos")
+  target_compile_options(vantile_options INTERFACE -Werror=unguarded-availability-new)
+endif()
+if(VANTILE_SANITIZE)
+  target_compile_options(vantile_options INTERFACE -fsanitize=${VANTILE_SANITIZE}
+                                                   -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vantile_options INTERFACE -fsanitize=${VANTILE_SANITIZE})
+endif()
+if(VANTILE_FUZZ)
+  target_compile_options(vantile_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined
+                                                   -fno-sanitize-recover=all)
+  target_link_options(vantile_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# vantile_room(NAME SOURCES...): one folder of the library as an object library vantile_NAME, for
+# the shared libraries and, hidden names included, for the tests.
+function(vantile_room name)
+  add_library(vantile_${name} OBJECT ${ARGN})
+  target_link_libraries(vantile_${name} PRIVATE vantile_options)
+endfunction()
+
+# vantile_library(TARGET OUTPUT ROOMS...): a shared library made of rooms.
+function(vantile_library target)
+  add_library(${target} SHARED)
+  foreach(room IN LISTS ARGN)
+    target_link_libraries(${target} PRIVATE vantile_${room})
+  endforeach()
+  target_link_libraries(${target} PRIVATE vantile_options)
+  target_include_directories(
+    ${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+                        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${target} INTERFACE cxx_std_20)
+  set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION}
+                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(VANTILE_PLATFORM STREQUAL "linux")
+    # Calls inside the library stay inside, whatever the host defines under the same name; and the
+    # library stays mapped, since its threads may still run when a host unloads it.
+    target_link_options(
+      ${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,-z,nodelete -Wl,-z,defs
+      -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS
+                                               ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  endif()
+endfunction()

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "vantile/foundation/guard.h"
+
+namespace vantile {
+
+/// Holds an object's delegate: a struct of optional std::function members, one an operation.
+/// The delegate may be replaced from any thread while another thread calls it; a call in progress
+/// keeps the delegate it began with.
+template <class Delegate>
+class DelegateSlot {
+ public:
+  void set(std::shared_ptr<Delegate> delegate) {
+    {
+      const std::lock_guard lock(mutex_);
+      delegate_.swap(delegate);
+    }
+    // The old delegate is released here, outside the lock: its captures may call back.
+  }
+
+  std::shared_ptr<Delegate> get() const {
+    const std::lock_guard lock(mutex_);
+    return delegate_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::shared_ptr<Delegate> delegate_;
+};
+
+/// Whether `delegate` is set and implements `operation`.
+template <class Delegate, class Operation>
+bool implements(const std::shared_ptr<Delegate>& delegate, Operation Delegate::*operation) {
+  return delegate && (*delegate).*operation;
+}
+
+/// Calls `operation` of `delegate` where it is set and implemented; does nothing otherwise. What
+/// the delegate throws becomes a log line.
+template <class Delegate, class Operation, class... Arguments>
+void tell(const std::shared_ptr<Delegate>& delegate, Operation Delegate::*operation,
+          Arguments&&... arguments) {
+  if (!implements(delegate, operation)) return;
+  guarded("a delegate", [&] { ((*delegate).*operation)(std::forward<Arguments>(arguments)...); });
+}
+
+}  // namespace vantile

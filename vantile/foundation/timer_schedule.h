@@ -1,0 +1,56 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace vantile {
+
+/// Which timers of a loop are due. Repeating timers keep their phase: their due times are their
+/// first one plus whole periods, however late or early a call came. Timers that fall due within a
+/// tenth of their periods of each other are served in one wakeup, the later ones early. Periods
+/// missed while the loop was busy or asleep are skipped, not made up. Not synchronised.
+class TimerSchedule {
+ public:
+  using Duration = std::chrono::nanoseconds;
+  using Moment = std::chrono::steady_clock::time_point;
+  using Fire = std::shared_ptr<const std::function<void()>>;
+  using Id = std::uint64_t;
+
+  /// Adds a timer that falls due at `due` and then every `period`; once where `period` is 0.
+  Id add(Moment due, Duration period, Fire fire);
+  /// Takes a timer out and gives what it would have called, for the caller to let go of; null when
+  /// there is no such timer.
+  Fire remove(Id id);
+  bool contains(Id id) const;
+
+  /// When the loop has to wake next.
+  std::optional<Moment> next() const;
+
+  /// The latest due time that a wakeup at `now` serves: `now`, or somewhat later where a timer
+  /// that is due takes near ones along. Nothing when none is due.
+  std::optional<Moment> horizon(Moment now) const;
+
+  /// Takes the earliest timer due up to `horizon`, moving it on by its period or dropping it;
+  /// null when none is left.
+  Fire takeDue(Moment horizon, Moment now);
+
+ private:
+  struct Entry {
+    Id id;
+    Moment due;
+    Duration period;
+    Fire fire;
+    Duration tolerance() const { return period / 10; }
+  };
+
+  const Entry* earliest() const;
+
+  std::vector<Entry> entries_;
+  Id lastId_ = 0;
+};
+
+}  // namespace vantile
