@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "vantile/foundation/api.h"
+#include "vantile/platform/folder_reader.h"
+
+namespace vantile {
+
+/// What an application looks like in a folder. Any thread.
+class Applications {
+ public:
+  /// Gives the beginning of the entry's contents when asked, or nothing.
+  using Contents = std::function<std::optional<std::string>()>;
+
+  virtual ~Applications() = default;
+
+  /// Whether the folder entry `name` is an application.
+  /// macOS: a folder whose extension is "app".
+  /// Linux: that; a regular file with the extension "desktop" whose entry is neither hidden nor
+  /// marked as not to be displayed nor of another type than Application; a regular file with the
+  /// extension "AppImage", in whatever case.
+  virtual bool isApplication(std::string_view name, FileKind kind, const Contents& contents) = 0;
+};
+
+/// The platform's kinds of application, shared by the process.
+VANTILE_API std::shared_ptr<Applications> systemApplications();
+
+}  // namespace vantile

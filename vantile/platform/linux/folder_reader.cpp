@@ -1,0 +1,133 @@
+#include "vantile/platform/folder_reader.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+
+#include "vantile/platform/linux/descriptor.h"
+#include "vantile/platform/linux/statx.h"
+
+namespace vantile {
+namespace {
+
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
+
+// As the kernel fills it.
+struct KernelEntry {
+  std::uint64_t inode;
+  std::int64_t offset;
+  unsigned short length;
+  unsigned char type;
+  char name[1];
+};
+
+class LinuxFolder final : public OpenFolder {
+ public:
+  explicit LinuxFolder(Descriptor folder) : folder_(std::move(folder)) {}
+
+  Listed list(FolderBatch& batch) override;
+
+  std::unique_ptr<OpenFolder> child(const char* name) override {
+    return opened(::openat(folder_.get(), name, folderFlags | O_NOFOLLOW));
+  }
+  std::unique_ptr<OpenFolder> parent() override {
+    return opened(::openat(folder_.get(), "..", folderFlags));
+  }
+
+  std::optional<FileIdentity> identity() override {
+    const auto status = statusOf(folder_.get(), "", AT_EMPTY_PATH, STATX_INO);
+    return status ? std::optional(identityOf(*status)) : std::nullopt;
+  }
+
+  std::optional<FileFacts> facts(const char* name) override {
+    const auto status = statusOf(folder_.get(), name, AT_SYMLINK_NOFOLLOW,
+                                 STATX_TYPE | STATX_SIZE | STATX_NLINK | STATX_INO);
+    return status ? std::optional(factsOf(*status)) : std::nullopt;
+  }
+
+  std::optional<std::string> text(const char* name, std::size_t most) override;
+
+  static std::unique_ptr<OpenFolder> opened(int fd) {
+    return fd < 0 ? nullptr : std::make_unique<LinuxFolder>(Descriptor(fd));
+  }
+
+ private:
+  FileKind kindOfEntry(unsigned char type, const char* name) const;
+
+  Descriptor folder_;
+};
+
+FileKind LinuxFolder::kindOfEntry(unsigned char type, const char* name) const {
+  switch (type) {
+    case DT_REG:
+      return FileKind::regular;
+    case DT_DIR:
+      return FileKind::folder;
+    case DT_LNK:
+      return FileKind::symbolicLink;
+    case DT_UNKNOWN: {  // some file systems do not tell in the listing
+      const auto status = statusOf(folder_.get(), name, AT_SYMLINK_NOFOLLOW, STATX_TYPE);
+      return status ? kindOf(status->stx_mode) : FileKind::other;
+    }
+    default:
+      return FileKind::other;
+  }
+}
+
+Listed LinuxFolder::list(FolderBatch& batch) {
+  batch.entries.clear();
+  long size = 0;
+  do {
+    size = ::syscall(SYS_getdents64, folder_.get(), batch.memory.get(), batch.capacity);
+  } while (size < 0 && errno == EINTR);
+  if (size <= 0) return size == 0 ? Listed::end : Listed::failed;
+  const std::byte* const end = batch.memory.get() + size;
+  for (const std::byte* next = batch.memory.get(); next < end;) {
+    const auto* const entry = reinterpret_cast<const KernelEntry*>(next);
+    next += entry->length;
+    const char* const name = reinterpret_cast<const char*>(entry) + offsetof(KernelEntry, name);
+    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
+    batch.entries.push_back({name, kindOfEntry(entry->type, name)});
+  }
+  return Listed::some;
+}
+
+std::optional<std::string> LinuxFolder::text(const char* name, std::size_t most) {
+  const Descriptor file(
+      ::openat(folder_.get(), name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
+  const auto status =
+      file ? statusOf(file.get(), "", AT_EMPTY_PATH, STATX_TYPE | STATX_SIZE) : std::nullopt;
+  if (!status || !S_ISREG(status->stx_mode)) return std::nullopt;
+  std::string contents(most, '\0');
+  std::size_t size = 0;
+  while (size < most) {
+    const auto count = ::read(file.get(), contents.data() + size, most - size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return std::nullopt;
+    if (count == 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  contents.resize(size);
+  return contents;
+}
+
+class LinuxFolderReader final : public FolderReader {
+ public:
+  std::unique_ptr<OpenFolder> open(const char* path) override {
+    return LinuxFolder::opened(::open(path, folderFlags));
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<FolderReader> systemFolderReader() {
+  static auto& reader = *new std::shared_ptr<FolderReader>(std::make_shared<LinuxFolderReader>());
+  return reader;
+}
+
+}  // namespace vantile

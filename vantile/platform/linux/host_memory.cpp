@@ -1,0 +1,131 @@
+#include "vantile/platform/linux/host_memory.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace vantile {
+namespace {
+
+// Everything wanted but zswap's counters stands in the first 2.1 KB of vmstat, and the kernel
+// formats the file line by line: the rest would cost as much again.
+constexpr std::size_t firstPartOfVmstat = 2304;
+constexpr std::size_t allOfMeminfo = 4096;
+constexpr std::size_t allOfZramFile = 512;
+
+// A zram device that is no swap, and zswap switched on, change nothing in meminfo, so they are
+// looked for now and then; a change of the swap space is seen at once.
+constexpr unsigned readingsBetweenSearches = 16;
+
+}  // namespace
+
+LinuxHostMemory::LinuxHostMemory(const LinuxRoots& roots)
+    : blockDevices_(roots.sys + "/block"),
+      zswapSwitch_(roots.sys + "/module/zswap/parameters/enabled"),
+      pageSize_(static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE))),
+      meminfo_(roots.proc + "/meminfo"),
+      vmstat_(roots.proc + "/vmstat") {}
+
+std::uint32_t LinuxHostMemory::host() {
+  const std::lock_guard lock(mutex_);
+  return meminfo() ? 1 : 0;
+}
+
+std::optional<Meminfo> LinuxHostMemory::meminfo() {
+  // The kernel puts the file together as a whole, so one read that does not fill the buffer is all
+  // of it; asking for its end would make it do so again.
+  const auto text = meminfo_.beginning(allOfMeminfo);
+  if (!text) return std::nullopt;
+  return parseMeminfo(*text);
+}
+
+std::optional<Vmstat> LinuxHostMemory::vmstat(const Meminfo& info) {
+  zswapInUse_ = zswapInUse_ || info.zswapped.value_or(0) > 0;
+  if (!zswapInUse_) {
+    const auto text = vmstat_.beginning(firstPartOfVmstat);
+    const auto counters = text ? parseVmstat(*text) : Vmstat{};
+    if (counters.pgpgin && counters.pgpgout && counters.pgfault && counters.pglazyfreed)
+      return counters;
+  }
+  const auto text = vmstat_.text();
+  if (!text) return std::nullopt;
+  return parseWholeVmstat(*text);
+}
+
+void LinuxHostMemory::findCompressors(const Meminfo& info) {
+  if (readings_++ % readingsBetweenSearches != 0 && info.swapTotal == swapTotal_) return;
+  swapTotal_ = info.swapTotal;
+  findZramDevices();
+  const auto enabled = info.zswap ? readFile(zswapSwitch_) : std::nullopt;
+  zswapInUse_ = zswapInUse_ || (enabled && enabled->starts_with('Y'));
+}
+
+void LinuxHostMemory::readZram() {
+  zram_.beginReading();
+  for (auto device = zramDevices_.begin(); device != zramDevices_.end();) {
+    const auto mmStat = device->second.memory.beginning(allOfZramFile);
+    const auto memory = mmStat ? parseZramMemory(*mmStat) : std::nullopt;
+    const auto stat = device->second.traffic.beginning(allOfZramFile);
+    const auto traffic = stat ? parseBlockTraffic(*stat) : std::nullopt;
+    if (memory && traffic) {
+      zram_.add(device->first, *memory, *traffic);
+      ++device;
+    } else {
+      zram_.forget(device->first);
+      device = zramDevices_.erase(device);
+    }
+  }
+}
+
+void LinuxHostMemory::findZramDevices() {
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(blockDevices_, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const auto name = entry->path().filename().string();
+    if (!name.starts_with("zram") || zramDevices_.contains(name)) continue;
+    const auto folder = blockDevices_ + "/" + name;
+    zramDevices_.emplace(name,
+                         ZramDevice{KeptFile(folder + "/mm_stat"), KeptFile(folder + "/stat")});
+  }
+}
+
+std::optional<VirtualMemoryReading> LinuxHostMemory::read() {
+  const std::lock_guard lock(mutex_);
+  const auto info = meminfo();
+  if (!info) return std::nullopt;
+  findCompressors(*info);
+  const auto counters = vmstat(*info);
+  readZram();
+  return memory_.reading(*info, counters.value_or(Vmstat{}), zram_.totals(), pageSize_);
+}
+
+std::optional<VirtualMemoryReading> LinuxHostMemory::statistics64(std::uint32_t) {
+  return lookedUp_ ? read() : std::nullopt;
+}
+
+std::optional<VirtualMemoryReading32> LinuxHostMemory::statistics32(std::uint32_t) {
+  const auto reading = read();
+  return reading ? std::optional(narrowed(*reading)) : std::nullopt;
+}
+
+std::optional<PageCounts> LinuxHostMemory::pageCounts() {
+  const auto reading = read();
+  if (!reading) return std::nullopt;
+  const auto narrow = narrowed(*reading);
+  return PageCounts{narrow.free, narrow.active, narrow.inactive, narrow.wired};
+}
+
+std::uint64_t LinuxHostMemory::physicalMemory() {
+  const std::lock_guard lock(mutex_);
+  const auto info = meminfo();
+  return info ? info->memTotal.value_or(0) * 1024 : 0;
+}
+
+std::shared_ptr<HostMemory> systemHostMemory() {
+  static auto& memory = *new std::shared_ptr<HostMemory>(std::make_shared<LinuxHostMemory>());
+  return memory;
+}
+
+}  // namespace vantile

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace vantile {
+
+/// Where the kernel shows its facts. The one place that names these folders; tests name others.
+struct LinuxRoots {
+  std::string proc = "/proc";
+  std::string sys = "/sys";
+};
+
+}  // namespace vantile

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "vantile/platform/standard_folders.h"
+
+namespace vantile {
+
+/// The folders that the XDG base directories and user directories name. The environment and
+/// user-dirs.dirs are read anew at each question, since both may change.
+class XdgFolders final : public StandardFolders {
+ public:
+  /// Gives a variable of the environment, or nothing.
+  using Environment = std::function<std::optional<std::string>(const char* name)>;
+
+  XdgFolders();
+  XdgFolders(std::string home, Environment environment);
+
+  std::string home() override { return home_; }
+  std::string downloads() override;
+  std::string library() override;
+  std::string preferences() override;
+  std::string applications() override;
+  std::string trash() override;
+
+ private:
+  std::string baseFolder(const char* variable, const char* belowHome) const;
+  std::string belowHome(const char* relative) const;
+
+  const std::string home_;
+  const Environment environment_;
+};
+
+}  // namespace vantile

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <chrono>
+#include <optional>
+
+#include "vantile/platform/folder_reader.h"
+
+namespace vantile {
+
+/// What statx says of `name` in the folder `at`, or nothing. The kernel is not made to ask a
+/// server first.
+inline std::optional<struct statx> statusOf(int at, const char* name, int flags, unsigned mask) {
+  struct statx status = {};
+  if (::statx(at, name, flags | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, mask, &status) != 0)
+    return std::nullopt;
+  return status;
+}
+
+inline FileKind kindOf(unsigned mode) {
+  if (S_ISREG(mode)) return FileKind::regular;
+  if (S_ISDIR(mode)) return FileKind::folder;
+  if (S_ISLNK(mode)) return FileKind::symbolicLink;
+  return FileKind::other;
+}
+
+inline FileIdentity identityOf(const struct statx& status) {
+  return {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
+}
+
+inline FileFacts factsOf(const struct statx& status) {
+  return {kindOf(status.stx_mode), status.stx_size, status.stx_nlink, identityOf(status)};
+}
+
+inline std::chrono::sys_time<std::chrono::nanoseconds> momentOf(const statx_timestamp& time) {
+  return std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::seconds(time.tv_sec) +
+                                                         std::chrono::nanoseconds(time.tv_nsec));
+}
+
+}  // namespace vantile

@@ -1,0 +1,128 @@
+#include "vantile/foundation/worker_queue.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "vantile/foundation/log.h"
+
+namespace vantile {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// As many as work that blocks may hold up before further work waits.
+constexpr unsigned mostThreads = 64;
+constexpr auto idleLife = std::chrono::seconds(5);
+
+/// Blocks the host's signals on the threads that are started in its scope, so that they are handled
+/// on the host's own threads. SIGALRM, by which the cleaner ends, may come anywhere.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t blocked;
+    sigfillset(&blocked);
+    sigdelset(&blocked, SIGALRM);
+    ::pthread_sigmask(SIG_SETMASK, &blocked, &before_);
+  }
+  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+/// Threads that are started when work finds none idle and end when they have had none for a while.
+class ThreadPool final : public WorkerQueue {
+ public:
+  void submit(std::function<void()> work) override {
+    const std::lock_guard lock(mutex_);
+    ready_.push_back(std::move(work));
+    seeToIt();
+  }
+
+  void submitAfter(std::chrono::nanoseconds delay, std::function<void()> work) override {
+    const std::lock_guard lock(mutex_);
+    later_.emplace(Clock::now() + delay, std::move(work));
+    seeToIt();
+  }
+
+ private:
+  /// Makes sure that an idle thread stands by for each piece of work that is ready and one for
+  /// those that are to come: one that is busy may be held up for long.
+  void seeToIt() {
+    const auto wanted = ready_.size() + (later_.empty() ? 0 : 1);
+    if (wanted > idle_ && threads_ < mostThreads)
+      start();
+    else
+      changed_.notify_one();
+  }
+
+  void start() {
+    try {
+      const SignalsBlocked blocked;
+      std::thread([this] { serve(); }).detach();
+      ++threads_;
+    } catch (const std::system_error& error) {
+      logLine(std::string("no background thread can be started: ") + error.what());
+    }
+  }
+
+  void serve() {
+    ::pthread_setname_np(::pthread_self(), "vantile-worker");
+    std::unique_lock lock(mutex_);
+    while (auto work = next(lock)) {
+      if (!ready_.empty() || !later_.empty()) seeToIt();
+      lock.unlock();
+      work();
+      work = nullptr;  // outside the lock: what it holds may submit more
+      lock.lock();
+    }
+    --threads_;
+  }
+
+  /// Waits for work; empty when there was none for long enough.
+  std::function<void()> next(std::unique_lock<std::mutex>& lock) {
+    const auto end = Clock::now() + idleLife;
+    while (true) {
+      const auto now = Clock::now();
+      while (!later_.empty() && later_.begin()->first <= now)
+        ready_.push_back(std::move(later_.extract(later_.begin()).mapped()));
+      if (!ready_.empty()) {
+        auto work = std::move(ready_.front());
+        ready_.pop_front();
+        return work;
+      }
+      if (later_.empty() && now >= end) return nullptr;
+      ++idle_;
+      changed_.wait_until(lock, later_.empty() ? end : later_.begin()->first);
+      --idle_;
+    }
+  }
+
+  std::mutex mutex_;  // over all below
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> ready_;
+  std::multimap<Clock::time_point, std::function<void()>> later_;
+  unsigned threads_ = 0, idle_ = 0;
+};
+
+}  // namespace
+
+WorkerQueue& systemWorkerQueue() {
+  static auto& pool = *new ThreadPool;
+  return pool;
+}
+
+}  // namespace vantile

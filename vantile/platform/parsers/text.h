@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantile {
+
+/// The unsigned decimal number that `text` begins with after spaces and tabs; nothing where there
+/// is none or it does not fit.
+std::optional<std::uint64_t> leadingNumber(std::string_view text);
+
+/// The words of `line` between runs of spaces and tabs.
+std::vector<std::string_view> words(std::string_view line);
+
+/// Takes the first line off `text`, without its newline. A last line need not end in one.
+std::string_view takeLine(std::string_view& text);
+
+/// `text` with the kernel's octal escapes (`\040` and the like) resolved. Any other backslash
+/// stays.
+std::string withoutOctalEscapes(std::string_view text);
+
+/// Reads numbers out of a text of lines that each begin with a name. Ask in the order of the text:
+/// each look-up goes on from where the last one ended, and only then from the top.
+/// A line without its newline was cut off, and so may be its number: it is not there.
+class NamedNumbers {
+ public:
+  explicit NamedNumbers(std::string_view text) : text_(text) {}
+
+  /// The number on the line that begins with `name`, which includes what separates the two, such
+  /// as "MemTotal:" or "pgpgin ".
+  std::optional<std::uint64_t> find(std::string_view name);
+
+ private:
+  std::optional<std::size_t> lineOf(std::string_view name, std::size_t from, std::size_t to) const;
+
+  std::string_view text_;
+  std::size_t next_ = 0;
+};
+
+}  // namespace vantile
