@@ -1,0 +1,10 @@
+#include "vantile/memory/memory_ports.h"
+
+namespace vantile {
+
+MemoryPorts& MemoryPorts::installed() {
+  static auto& ports = *new MemoryPorts;
+  return ports;
+}
+
+}  // namespace vantile
