@@ -4,6 +4,7 @@
 #include <mutex>
 #include <utility>
 
+#include "vantile/foundation/api.h"
 #include "vantile/foundation/guard.h"
 
 namespace vantile {
@@ -31,6 +32,9 @@ class DelegateSlot {
   mutable std::mutex mutex_;
   std::shared_ptr<Delegate> delegate_;
 };
+
+/// Holds on to `object` for the rest of the process.
+VANTILE_API void keepForGood(std::shared_ptr<const void> object) noexcept;
 
 /// Whether `delegate` is set and implements `operation`.
 template <class Delegate, class Operation>

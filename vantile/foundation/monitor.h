@@ -38,8 +38,12 @@ class VANTILE_API FreshInterval : public std::enable_shared_from_this<FreshInter
 template <class Delegate>
 class Monitor : public FreshInterval {
  public:
-  /// Sets who is told of the samples; null for nobody. The monitor holds on to it. Any thread,
-  /// also while a sample is being reported.
+  /// A monitor that ends does not release its delegate: it is kept for the rest of the process.
+  /// A host that wants it released sets null first.
+  ~Monitor() override { keepForGood(_delegate.get()); }
+
+  /// Sets who is told of the samples; null for nobody. The monitor holds on to it and releases the
+  /// one before. Any thread, also while a sample is being reported.
   void setDelegate(std::shared_ptr<Delegate> delegate) { _delegate.set(std::move(delegate)); }
   std::shared_ptr<Delegate> delegate() const { return _delegate.get(); }
 

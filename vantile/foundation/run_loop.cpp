@@ -86,7 +86,7 @@ void RunLoop::attach() {
 
 TimerSchedule::Id RunLoop::schedule(Duration delay, Duration period, std::function<void()> fire) {
   auto shared = std::make_shared<const std::function<void()>>(std::move(fire));
-  const auto due = driver_->now() + std::max(delay, Duration::zero());
+  const auto due = TimerSchedule::later(driver_->now(), std::max(delay, Duration::zero()));
   TimerSchedule::Id id = 0;
   {
     const std::lock_guard lock(mutex_);

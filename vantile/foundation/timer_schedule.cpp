@@ -5,6 +5,10 @@
 
 namespace vantile {
 
+TimerSchedule::Moment TimerSchedule::later(Moment moment, Duration by) {
+  return by < Moment::max() - moment ? moment + by : Moment::max();
+}
+
 TimerSchedule::Id TimerSchedule::add(Moment due, Duration period, Fire fire) {
   entries_.push_back({++lastId_, due, period, std::move(fire)});
   return lastId_;
@@ -51,7 +55,7 @@ TimerSchedule::Fire TimerSchedule::takeDue(Moment horizon, Moment now) {
   if (!first || first->due > horizon) return nullptr;
   if (first->period == Duration::zero()) return remove(first->id);
   const auto late = std::max(Duration::zero(), Duration(now - first->due));
-  first->due += first->period * (late / first->period + 1);
+  first->due = later(first->due + late / first->period * first->period, first->period);
   return first->fire;
 }
 

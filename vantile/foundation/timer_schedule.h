@@ -20,6 +20,9 @@ class TimerSchedule {
   using Fire = std::shared_ptr<const std::function<void()>>;
   using Id = std::uint64_t;
 
+  /// `moment` and so much later; the end of time where that would be beyond it.
+  static Moment later(Moment moment, Duration by);
+
   /// Adds a timer that falls due at `due` and then every `period`; once where `period` is 0.
   Id add(Moment due, Duration period, Fire fire);
   /// Takes a timer out and gives what it would have called, for the caller to let go of; null when

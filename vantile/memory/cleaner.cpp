@@ -41,14 +41,23 @@ bool callerStops(std::int32_t* stop) {
   return readStopFlag(stop) == 1;
 }
 
-/// Links a new node that owns `block` after `last`; null, with nothing linked, when there is no
-/// memory for the node.
-memory_node* append(memory_node* last, void* block) {
-  auto* const node = static_cast<memory_node*>(pressure().zeroed(sizeof(memory_node)));
-  if (!node) return nullptr;
+memory_node* newNode() {
+  return static_cast<memory_node*>(pressure().zeroed(sizeof(memory_node)));
+}
+
+/// Links `node`, which takes over `block`, after `last`.
+memory_node* link(memory_node* last, memory_node* node, void* block) {
   node->data = block;
   last->next = node;
   return node;
+}
+
+/// Links a new node that takes over `block` after `last`. Null, the block given back, when there is
+/// no memory for the node.
+memory_node* append(memory_node* last, void* block) {
+  if (memory_node* const node = newNode()) return link(last, node, block);
+  pressure().release(block);
+  return nullptr;
 }
 
 std::uint64_t freeBytes() {
@@ -68,10 +77,7 @@ memory_node* appendChunks(memory_node* last, std::uint64_t count) {
     void* const chunk = pressure().chunk(largeChunk);
     if (!chunk) return last;
     memory_node* const node = append(last, chunk);
-    if (!node) {
-      pressure().release(chunk);
-      return last;
-    }
+    if (!node) return last;
     last = node;
     touch(chunk);
     if (freeBytes() < 10 && ++low > lowReadings) return last;
@@ -113,7 +119,7 @@ int clear_memory(memory_cleaned done, std::uint32_t mode, std::int32_t* stop) no
 }
 
 memory_node* auto_calloc(std::int32_t* stop, std::uint32_t mode) noexcept {
-  auto* const head = static_cast<memory_node*>(pressure().zeroed(sizeof(memory_node)));
+  memory_node* const head = newNode();
   if (!head) return nullptr;
   if (mode == 1) {
     add_memory_block(head, smallBlock, 16, stop);
@@ -136,19 +142,19 @@ memory_node* add_memory_block(memory_node* node, std::int32_t size, std::int32_t
                               std::int32_t* stop) noexcept {
   if (!node || size < 0) return node;
   const auto bytes = static_cast<std::size_t>(size);
-  // The count begins below zero, so that one block more than asked for is appended.
-  for (std::int64_t appended = -1; appended < count; ++appended) {
+  // The count begins below zero: one block more than asked for is appended, and always one.
+  std::int64_t appended = -1;
+  do {
     if (callerStops(stop)) return node;
-    void* const block = pressure().zeroed(bytes);
-    if (!block) return node;
-    memory_node* const next = append(node, block);
-    if (!next) {
-      pressure().release(block);
+    memory_node* const next = newNode();
+    void* const block = next ? pressure().zeroed(bytes) : nullptr;
+    if (!block) {
+      pressure().release(next);
       return node;
     }
     std::memset(block, 1, bytes);
-    node = next;
-  }
+    node = link(node, next, block);
+  } while (++appended < count);
   return node;
 }
 
@@ -157,10 +163,7 @@ memory_node* add_memory_block_ex(memory_node* last) noexcept {
   const auto count = freeBytes() >> largeChunkShift;
   // The slots stay empty; the table only takes part in the pressure.
   if (void* const table = pressure().zeroed((count + 1) * sizeof(void*))) {
-    if (memory_node* const node = append(last, table))
-      last = node;
-    else
-      pressure().release(table);
+    if (memory_node* const node = append(last, table)) last = node;
   }
   return count == 0 ? last : appendChunks(last, count);
 }

@@ -47,8 +47,9 @@ VANTILE_API memory_node* auto_calloc(std::int32_t* stop, std::uint32_t mode) noe
 /// Gives back a chain and its blocks. Null does nothing.
 VANTILE_API void auto_free(memory_node* head) noexcept;
 
-/// Appends `count` + 1 blocks of `size` bytes after `node`, each byte 1; fewer where memory runs
-/// out, `*stop` is 1 or `size` is negative. The chain's last node; null for a null `node`.
+/// Appends `count` + 1 blocks of `size` bytes after `node`, each byte 1, and one at least; fewer
+/// where memory runs out or `*stop` is 1, none for a negative `size`. The chain's last node; null
+/// for a null `node`.
 VANTILE_API memory_node* add_memory_block(memory_node* node, std::int32_t size, std::int32_t count,
                                           std::int32_t* stop) noexcept;
 

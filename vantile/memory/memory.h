@@ -44,7 +44,8 @@ class VANTILE_API KVDMemory final : public Monitor<MemoryDelegate> {
   static std::shared_ptr<KVDMemory> singleton();
 
   /// A new monitor that samples every second on the calling thread's run loop, or null when the
-  /// system gives no memory statistics. `singleton` must have been called before.
+  /// system gives no memory statistics. Null, too, before the first `singleton`, which looks them
+  /// up for the process.
   static std::shared_ptr<KVDMemory> init();
 
   ~KVDMemory() override;

@@ -84,6 +84,23 @@ TEST_F(MonitorFrame, TheTimerGoesWithTheMonitor) {
   EXPECT_LE(loop.driver().wakeups, 2);  // setting and unsetting the timer
 }
 
+TEST_F(MonitorFrame, ReplacingTheDelegateReleasesTheOneBefore) {
+  auto delegate = std::make_shared<CountingDelegate>();
+  const std::weak_ptr<CountingDelegate> seen = delegate;
+  monitor->setDelegate(std::move(delegate));
+  EXPECT_FALSE(seen.expired());
+  monitor->setDelegate(nullptr);
+  EXPECT_TRUE(seen.expired());
+}
+
+TEST_F(MonitorFrame, TheEndOfTheMonitorDoesNotReleaseItsDelegate) {
+  auto delegate = std::make_shared<CountingDelegate>();
+  const std::weak_ptr<CountingDelegate> seen = delegate;
+  monitor->setDelegate(std::move(delegate));
+  monitor.reset();
+  EXPECT_FALSE(seen.expired());
+}
+
 TEST_F(MonitorFrame, MayBeLetGoOfInItsOwnDelegateCall) {
   const auto delegate = std::make_shared<CountingDelegate>();
   int calls = 0;

@@ -108,6 +108,15 @@ TEST_F(Schedule, ATimerForOnceNeverComesEarly) {
   EXPECT_EQ(wake(1), "a");
 }
 
+TEST_F(Schedule, TheLongestPeriodEndsWithTime) {
+  using Duration = TimerSchedule::Duration;
+  add('a', 1, Duration::max());
+  EXPECT_EQ(wake(1), "a");
+  EXPECT_EQ(timers.next(), Moment::max());
+  EXPECT_EQ(TimerSchedule::later(at(1), Duration::max()), Moment::max());
+  EXPECT_EQ(TimerSchedule::later(at(1), seconds(1)), at(2));
+}
+
 TEST_F(Schedule, ARemovedTimerIsNotCalledAnyMore) {
   const auto id = add('a', 1, seconds(1));
   EXPECT_NE(timers.remove(id), nullptr);
