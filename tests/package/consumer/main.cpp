@@ -1,15 +1,20 @@
 // A host outside the project, which happens to have functions of the library's names of its own.
 
-#include <csignal>
-#include <cstdio>
 #include <vantile/foundation/queue.h>
 #include <vantile/memory/memory.h>
 #include <vantile/utility/folder_functions.h>
 #include <vantile/utility/general_utility.h>
 #include <vantile/utility/strings.h>
 
-extern "C" void signal_handler(int) noexcept { std::puts("the host's own"); }
-extern "C" int get_memory_info(memory_info*) noexcept { return 99; }
+#include <csignal>
+#include <cstdio>
+
+extern "C" void signal_handler(int) noexcept {
+  std::puts("the host's own");
+}
+extern "C" int get_memory_info(memory_info*) noexcept {
+  return 99;
+}
 
 namespace {
 
@@ -24,12 +29,12 @@ bool libraryUsesItsOwn() {
 bool samples() {
   bool sampled = false;
   const auto delegate = std::make_shared<vantile::MemoryDelegate>();
-  delegate->updateMemoryStatusWithVMStatusWithSwapDict =
-      [&](const vantile::Dictionary& memory, const vantile::Dictionary&,
-          const vantile::Dictionary* swap) {
-        sampled = memory.uint64(vantile::keys::memory_total).value_or(0) > 0 && swap;
-        vantile::RunLoop::current().stop();
-      };
+  delegate->updateMemoryStatusWithVMStatusWithSwapDict = [&](const vantile::Dictionary& memory,
+                                                             const vantile::Dictionary&,
+                                                             const vantile::Dictionary* swap) {
+    sampled = memory.uint64(vantile::keys::memory_total).value_or(0) > 0 && swap;
+    vantile::RunLoop::current().stop();
+  };
   const auto monitor = vantile::KVDMemory::singleton();
   if (!monitor) return false;
   monitor->setDelegate(delegate);

@@ -28,8 +28,13 @@ bool isShownApplication(const std::string& text) {
          !flag(G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY) && !flag(G_KEY_FILE_DESKTOP_KEY_HIDDEN);
 }
 
-bool endsWithIgnoringCase(std::string_view name, std::string_view ending) {
-  return name.size() >= ending.size() &&
+// A name that is nothing but "." and an extension has no extension.
+bool hasExtension(std::string_view name, std::string_view ending) {
+  return name.size() > ending.size() && name.ends_with(ending);
+}
+
+bool hasExtensionInAnyCase(std::string_view name, std::string_view ending) {
+  return name.size() > ending.size() &&
          g_ascii_strncasecmp(name.data() + (name.size() - ending.size()), ending.data(),
                              ending.size()) == 0;
 }
@@ -37,10 +42,10 @@ bool endsWithIgnoringCase(std::string_view name, std::string_view ending) {
 class LinuxApplications final : public Applications {
  public:
   bool isApplication(std::string_view name, FileKind kind, const Contents& contents) override {
-    if (kind == FileKind::folder) return name.ends_with(".app");
+    if (kind == FileKind::folder) return hasExtension(name, ".app");
     if (kind != FileKind::regular) return false;
-    if (endsWithIgnoringCase(name, ".AppImage")) return true;
-    if (!name.ends_with(".desktop")) return false;
+    if (hasExtensionInAnyCase(name, ".AppImage")) return true;
+    if (!hasExtension(name, ".desktop")) return false;
     const auto text = contents();
     return text && isShownApplication(*text);
   }

@@ -1,9 +1,9 @@
 #include "vantile/platform/linux/host_memory.h"
 
+#include <dirent.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
+#include <memory>
 #include <utility>
 
 namespace vantile {
@@ -19,14 +19,18 @@ constexpr std::size_t allOfZramFile = 512;
 // looked for now and then; a change of the swap space is seen at once.
 constexpr unsigned readingsBetweenSearches = 16;
 
+struct CloseFolder {
+  void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
 }  // namespace
 
 LinuxHostMemory::LinuxHostMemory(const LinuxRoots& roots)
     : blockDevices_(roots.sys + "/block"),
-      zswapSwitch_(roots.sys + "/module/zswap/parameters/enabled"),
       pageSize_(static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE))),
       meminfo_(roots.proc + "/meminfo"),
-      vmstat_(roots.proc + "/vmstat") {}
+      vmstat_(roots.proc + "/vmstat"),
+      zswapSwitch_(roots.sys + "/module/zswap/parameters/enabled") {}
 
 std::uint32_t LinuxHostMemory::host() {
   const std::lock_guard lock(mutex_);
@@ -58,8 +62,8 @@ void LinuxHostMemory::findCompressors(const Meminfo& info) {
   if (readings_++ % readingsBetweenSearches != 0 && info.swapTotal == swapTotal_) return;
   swapTotal_ = info.swapTotal;
   findZramDevices();
-  const auto enabled = info.zswap ? readFile(zswapSwitch_) : std::nullopt;
-  zswapInUse_ = zswapInUse_ || (enabled && enabled->starts_with('Y'));
+  const auto enabled = info.zswap ? zswapSwitch_.beginning(1) : std::nullopt;
+  zswapInUse_ = zswapInUse_ || (enabled && *enabled == "Y");
 }
 
 void LinuxHostMemory::readZram() {
@@ -80,10 +84,9 @@ void LinuxHostMemory::readZram() {
 }
 
 void LinuxHostMemory::findZramDevices() {
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(blockDevices_, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const auto name = entry->path().filename().string();
+  const std::unique_ptr<DIR, CloseFolder> listing(::opendir(blockDevices_.c_str()));
+  while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr) {
+    const std::string name = entry->d_name;
     if (!name.starts_with("zram") || zramDevices_.contains(name)) continue;
     const auto folder = blockDevices_ + "/" + name;
     zramDevices_.emplace(name,

@@ -38,12 +38,12 @@ class LinuxHostMemory final : public HostMemory {
   void readZram();
   void findZramDevices();
 
-  const std::string blockDevices_, zswapSwitch_;
+  const std::string blockDevices_;
   const std::uint64_t pageSize_;
   std::atomic<bool> lookedUp_ = false;
 
   std::mutex mutex_;  // over all below
-  KeptFile meminfo_, vmstat_;
+  KeptFile meminfo_, vmstat_, zswapSwitch_;
   bool zswapInUse_ = false;
   std::map<std::string, ZramDevice> zramDevices_;
   std::optional<std::uint64_t> swapTotal_;  // when the devices were last looked for

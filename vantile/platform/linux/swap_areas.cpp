@@ -11,24 +11,26 @@
 
 namespace vantile {
 
-std::vector<SwapLine> LinuxSwapAreas::lines() {
+std::optional<std::vector<SwapLine>> LinuxSwapAreas::lines() {
   const auto text = readFile(roots_.proc + "/swaps");
-  return text ? parseSwaps(*text) : std::vector<SwapLine>{};
+  return text ? std::optional(parseSwaps(*text)) : std::nullopt;
 }
 
 std::optional<std::vector<SwapArea>> LinuxSwapAreas::areas() {
   std::vector<SwapArea> areas;
-  for (auto& line : lines()) areas.push_back(std::move(line.area));
+  if (auto all = lines())
+    for (auto& line : *all) areas.push_back(std::move(line.area));
   return areas;
 }
 
 std::optional<SwapUsage> LinuxSwapAreas::usage() {
   const auto all = lines();
+  if (!all) return std::nullopt;
   SwapUsage usage;
-  for (const auto& line : all) usage.usedBytes += line.usedBytes;
-  usage.encrypted = !all.empty() && std::all_of(all.begin(), all.end(), [this](const auto& line) {
-    return isEncrypted(line.area);
-  });
+  for (const auto& line : *all) usage.usedBytes += line.usedBytes;
+  usage.encrypted =
+      !all->empty() && std::all_of(all->begin(), all->end(),
+                                   [this](const auto& line) { return isEncrypted(line.area); });
   return usage;
 }
 

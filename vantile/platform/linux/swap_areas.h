@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "vantile/platform/linux/roots.h"
@@ -17,7 +18,7 @@ class LinuxSwapAreas final : public SwapAreas {
   std::optional<SwapUsage> usage() override;
 
  private:
-  std::vector<SwapLine> lines();
+  std::optional<std::vector<SwapLine>> lines();  // nothing when the list can't be read
   bool isEncrypted(const SwapArea& area);
 
   const LinuxRoots roots_;

@@ -75,8 +75,10 @@ std::optional<VirtualMemoryReading> LinuxMemory::reading(const Meminfo& info,
   result.purges = counters.pglazyfreed;
   if (info.kReclaimable) result.purgeable = pages(*info.kReclaimable);
   const auto sectorsPerPage = pageSize / sectorSize;
-  result.compressions = counters.zswpout.value_or(0) + traffic.writtenSectors / sectorsPerPage;
-  result.decompressions = counters.zswpin.value_or(0) + traffic.readSectors / sectorsPerPage;
+  zswapOuts_ = counters.zswpout.value_or(zswapOuts_);
+  zswapIns_ = counters.zswpin.value_or(zswapIns_);
+  result.compressions = zswapOuts_ + traffic.writtenSectors / sectorsPerPage;
+  result.decompressions = zswapIns_ + traffic.readSectors / sectorsPerPage;
   return result;
 }
 

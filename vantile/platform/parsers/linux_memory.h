@@ -56,6 +56,7 @@ class LinuxMemory {
 
  private:
   PagingCounter pageIns_, pageOuts_;
+  std::uint64_t zswapIns_ = 0, zswapOuts_ = 0;  // as last told
 };
 
 /// The same for the 32-bit interface: page counts are held at its largest number, counters go on

@@ -5,11 +5,26 @@
 #include "vantile/platform/parsers/text.h"
 
 namespace vantile {
+namespace {
+
+/// The kernel puts one space between fields, and none into them; a source may be empty.
+std::vector<std::string_view> fieldsOf(std::string_view line) {
+  std::vector<std::string_view> fields;
+  fields.reserve(12);
+  while (true) {
+    const auto end = line.find(' ');
+    fields.push_back(line.substr(0, end));
+    if (end == std::string_view::npos) return fields;
+    line.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace
 
 std::vector<Mount> parseMountinfo(std::string_view text) {
   std::vector<Mount> mounts;
   while (!text.empty()) {
-    const auto fields = words(takeLine(text));
+    const auto fields = fieldsOf(takeLine(text));
     // Six fields, then any number of optional ones, then "-", type, source and options.
     if (fields.size() < 10) continue;
     const auto dash = std::find(fields.begin() + 6, fields.end(), "-");

@@ -13,13 +13,14 @@ std::optional<std::uint64_t> leadingNumber(std::string_view text) {
 }
 
 std::vector<std::string_view> words(std::string_view line) {
-  constexpr std::string_view blanks = " \t";
+  const auto isBlank = [](char byte) { return byte == ' ' || byte == '\t'; };
   std::vector<std::string_view> found;
-  auto begin = line.find_first_not_of(blanks);
-  while (begin != std::string_view::npos) {
-    const auto end = std::min(line.find_first_of(blanks, begin), line.size());
-    found.push_back(line.substr(begin, end - begin));
-    begin = line.find_first_not_of(blanks, end);
+  found.reserve(20);  // the kernel's tables have no more columns
+  auto begin = std::find_if_not(line.begin(), line.end(), isBlank);
+  while (begin != line.end()) {
+    const auto end = std::find_if(begin, line.end(), isBlank);
+    found.emplace_back(begin, end);
+    begin = std::find_if_not(end, line.end(), isBlank);
   }
   return found;
 }

@@ -12,11 +12,10 @@ std::string_view withoutLeadingBlanks(std::string_view text) {
   return text;
 }
 
-/// What stands between double quotes at the beginning of `text`, its backslash escapes resolved.
-std::optional<std::string> quoted(std::string_view text) {
-  if (!text.starts_with('"')) return std::nullopt;
+/// The text up to the closing double quote, its backslash escapes resolved.
+std::optional<std::string> unquoted(std::string_view text) {
   std::string value;
-  for (std::size_t i = 1; i < text.size(); ++i) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '"') return value;
     if (text[i] == '\\' && i + 1 < text.size()) ++i;
     value.push_back(text[i]);
@@ -24,14 +23,17 @@ std::optional<std::string> quoted(std::string_view text) {
   return std::nullopt;
 }
 
-std::optional<std::string> folder(std::string value, std::string_view home) {
-  constexpr std::string_view variable = "$HOME";
-  if (value == variable || value.starts_with("$HOME/"))
-    value.replace(0, variable.size(), home);
-  else if (!value.starts_with('/'))
-    return std::nullopt;
-  while (value.size() > 1 && value.ends_with('/')) value.pop_back();
-  return value;
+/// The folder that the quoted text at the beginning of `text` names.
+std::optional<std::string> folder(std::string_view text, std::string_view home) {
+  constexpr std::string_view variable = "\"$HOME";  // an escaped "$" is none
+  const bool belowHome = text.starts_with(variable);
+  if (!belowHome && !text.starts_with('"')) return std::nullopt;
+  auto value = unquoted(text.substr(belowHome ? variable.size() : 1));
+  const bool isPath = value && (value->starts_with('/') || (belowHome && value->empty()));
+  if (!isPath) return std::nullopt;
+  if (belowHome && home != "/") value->insert(0, home);
+  while (value->size() > 1 && value->ends_with('/')) value->pop_back();
+  return value->empty() ? std::string(home) : *value;
 }
 
 }  // namespace
@@ -44,8 +46,7 @@ std::optional<std::string> parseUserDirs(std::string_view text, std::string_view
     if (!line.starts_with(name)) continue;
     line = withoutLeadingBlanks(line.substr(name.size()));
     if (!line.starts_with('=')) continue;
-    if (auto value = quoted(withoutLeadingBlanks(line.substr(1))))
-      if (auto path = folder(std::move(*value), home)) found = std::move(path);
+    if (auto path = folder(withoutLeadingBlanks(line.substr(1)), home)) found = std::move(path);
   }
   return found;
 }
