@@ -1,0 +1,17 @@
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#ifdef __linux__
+#include "live/cleaner_helper.h"
+#endif
+
+int main(int count, char** arguments) {
+#ifdef __linux__
+  using namespace vantile::testing;
+  if (count == 4 && std::string_view(arguments[1]) == cleanInGroup)
+    return runCleanerHelper(arguments[2], arguments[3]);
+#endif
+  ::testing::InitGoogleTest(&count, arguments);
+  return RUN_ALL_TESTS();
+}
