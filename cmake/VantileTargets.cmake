@@ -5,6 +5,10 @@ target_include_directories(vantile_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(
   vantile_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
                             -Wsign-conversion -Wold-style-cast -Wundef)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # It warns of what it does itself when it inlines a string's operator+ (GCC bug 105329).
+  target_compile_options(vantile_options INTERFACE -Wno-restrict)
+endif()
 if(VANTILE_WERROR)
   target_compile_options(vantile_options INTERFACE -Werror)
 endif()
@@ -50,5 +54,10 @@ function(vantile_library target)
       -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
     set_target_properties(${target} PROPERTIES LINK_DEPENDS
                                                ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  else()
+    # Calls inside a library stay inside by themselves here.
+    target_link_options(
+      ${target} PRIVATE
+      -Wl,-unexported_symbols_list,${PROJECT_SOURCE_DIR}/cmake/unexported-macos.txt)
   endif()
 endfunction()

@@ -1,0 +1,7 @@
+#pragma once
+
+#ifdef __cplusplus
+extern "C"
+#endif
+    char***
+    _NSGetEnviron(void);

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#define CTL_VM 2
+#define VM_SWAPUSAGE 5
+
+struct xsw_usage {
+  uint64_t xsu_total, xsu_avail, xsu_used;
+  uint32_t xsu_pagesize;
+  int xsu_encrypted;
+};
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+int sysctl(int* name, unsigned int depth, void* old, size_t* oldSize, void* value, size_t size);
+int sysctlbyname(const char* name, void* old, size_t* oldSize, void* value, size_t size);
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,74 @@
+// Facts about the system's records and constants that the adapters and their tests rely on.
+// Compiled against the system's own headers in the macOS build and against the stand-ins for the
+// seam tests: what holds in one and not in the other builds in only one.
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <MacTypes.h>
+#include <dispatch/dispatch.h>
+#include <mach/mach.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/sysctl.h>
+#include <time.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+static_assert(sizeof(kern_return_t) == 4 && sizeof(natural_t) == 4 && sizeof(integer_t) == 4);
+static_assert(std::is_same_v<mach_port_t, std::uint32_t>);
+static_assert(sizeof(mach_msg_type_number_t) == 4 && sizeof(vm_size_t) == 8);
+static_assert(KERN_SUCCESS == 0 && MACH_PORT_NULL == 0);
+static_assert(HOST_VM_INFO == 2 && HOST_VM_INFO_COUNT == 15);
+static_assert(HOST_VM_INFO64 == 4 && HOST_VM_INFO64_COUNT == 38);
+
+static_assert(offsetof(vm_statistics, free_count) == 0);
+static_assert(offsetof(vm_statistics, active_count) == 4);
+static_assert(offsetof(vm_statistics, inactive_count) == 8);
+static_assert(offsetof(vm_statistics, wire_count) == 12);
+static_assert(offsetof(vm_statistics, pageins) == 24);
+static_assert(offsetof(vm_statistics, pageouts) == 28);
+static_assert(offsetof(vm_statistics, faults) == 32);
+static_assert(offsetof(vm_statistics, cow_faults) == 36);
+static_assert(offsetof(vm_statistics, lookups) == 40);
+static_assert(offsetof(vm_statistics, hits) == 44);
+
+static_assert(sizeof(vm_statistics64_data_t) == 152);
+static_assert(offsetof(vm_statistics64, free_count) == 0);
+static_assert(offsetof(vm_statistics64, active_count) == 4);
+static_assert(offsetof(vm_statistics64, inactive_count) == 8);
+static_assert(offsetof(vm_statistics64, wire_count) == 12);
+static_assert(offsetof(vm_statistics64, pageins) == 32);
+static_assert(offsetof(vm_statistics64, pageouts) == 40);
+static_assert(offsetof(vm_statistics64, faults) == 48);
+static_assert(offsetof(vm_statistics64, cow_faults) == 56);
+static_assert(offsetof(vm_statistics64, lookups) == 64);
+static_assert(offsetof(vm_statistics64, hits) == 72);
+static_assert(offsetof(vm_statistics64, purges) == 80);
+static_assert(offsetof(vm_statistics64, purgeable_count) == 88);
+static_assert(offsetof(vm_statistics64, speculative_count) == 92);
+static_assert(offsetof(vm_statistics64, decompressions) == 96);
+static_assert(offsetof(vm_statistics64, compressions) == 104);
+static_assert(offsetof(vm_statistics64, compressor_page_count) == 128);
+static_assert(offsetof(vm_statistics64, total_uncompressed_pages_in_compressor) == 144);
+
+static_assert(CTL_VM == 2 && VM_SWAPUSAGE == 5);
+static_assert(sizeof(xsw_usage) == 32);
+static_assert(offsetof(xsw_usage, xsu_used) == 16 && offsetof(xsw_usage, xsu_encrypted) == 28);
+
+// `struct stat`, which the stand-in has as a macro.
+using FileStatus = struct stat;
+static_assert(sizeof(FileStatus) == 144);
+static_assert(offsetof(FileStatus, st_mode) == 4 && offsetof(FileStatus, st_nlink) == 6);
+static_assert(offsetof(FileStatus, st_ino) == 8 && offsetof(FileStatus, st_uid) == 16);
+static_assert(offsetof(FileStatus, st_mtimespec) == 48);
+static_assert(offsetof(FileStatus, st_birthtimespec) == 80);
+static_assert(offsetof(FileStatus, st_size) == 96);
+static_assert(sizeof(FileStatus::st_dev) == 4 && sizeof(FileStatus::st_mode) == 2);
+static_assert(S_IFMT == 0170000 && S_IFREG == 0100000 && S_IFDIR == 0040000 && S_IFLNK == 0120000);
+
+static_assert(DISPATCH_TIME_NOW == 0 && std::is_same_v<dispatch_time_t, std::uint64_t>);
+static_assert(POSIX_SPAWN_CLOEXEC_DEFAULT == 0x4000 && POSIX_SPAWN_SETSIGMASK == 0x0008);
+static_assert(sizeof(clock_gettime_nsec_np(CLOCK_UPTIME_RAW)) == 8);
+static_assert(sizeof(Boolean) == 1 && sizeof(SInt32) == 4);
+static_assert(sizeof(CFRunLoopSourceContext) == 80 && sizeof(CFRunLoopTimerContext) == 40);
