@@ -1,0 +1,57 @@
+#include "memory_monitor.h"
+
+#include <vantile/foundation/run_loop.h>
+#include <vantile/memory/memory.h>
+
+#include <chrono>
+#include <utility>
+
+#include "dashboard/memory_panes.h"
+#include "running_monitor.h"
+
+namespace vantile::host {
+namespace {
+
+constexpr std::chrono::seconds swapLookInterval{10};
+
+// A monitor tells of swap once in its life, so a dashboard that wants to keep up asks a new one.
+void lookAtSwap(MemoryFigures& figures) {
+  const auto monitor = KVDMemory::init();
+  if (!monitor) return;
+  if (const auto swap = monitor->swapStats()) figures.takeSwap(*swap);
+}
+
+}  // namespace
+
+std::unique_ptr<RunningMonitor> startMemory(std::int32_t interval, ReportSink sink) {
+  auto monitor = KVDMemory::singleton();
+  if (!monitor) return nullptr;
+  auto delegate = std::make_shared<MemoryDelegate>();
+  delegate->updateMemoryStatusWithVMStatusWithSwapDict =
+      [sink = std::move(sink)](const Dictionary& memory, const Dictionary& vm,
+                               const Dictionary* swap) {
+        sink({"memory",
+              "updateMemoryStatusWithVMStatusWithSwapDict",
+              {argument(&memory), argument(&vm), argument(swap)}});
+      };
+  monitor->setDelegate(std::move(delegate));
+  monitor->setFreshInterval(interval);
+  return std::make_unique<Delegating<KVDMemory>>(std::move(monitor));
+}
+
+PaneGroup memoryPanes() {
+  const auto figures = std::make_shared<MemoryFigures>();
+  const auto swapLook = std::make_shared<Timer>(
+      RunLoop::current().every(swapLookInterval, [figures] { lookAtSwap(*figures); }));
+  PaneGroup group;
+  group.panes.push_back(std::make_unique<MemoryPane>(figures));
+  group.panes.push_back(std::make_unique<MemoryHistoryPane>(figures));
+  group.panes.push_back(std::make_unique<PagingPane>(figures));
+  group.panes.push_back(std::make_unique<SwapPane>(figures));
+  group.take = [figures, swapLook](const Report& report) {
+    figures->take(report, std::chrono::steady_clock::now());
+  };
+  return group;
+}
+
+}  // namespace vantile::host

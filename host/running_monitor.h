@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "registry.h"
+
+namespace vantile::host {
+
+/// A library monitor with a delegate of ours. The shared instances outlive us, so the delegate,
+/// and the sink that it captured, is taken back at the end.
+template <class Monitor>
+class Delegating final : public RunningMonitor {
+ public:
+  explicit Delegating(std::shared_ptr<Monitor> monitor) : monitor_(std::move(monitor)) {}
+  ~Delegating() override { monitor_->setDelegate(nullptr); }
+  Delegating(const Delegating&) = delete;
+  Delegating& operator=(const Delegating&) = delete;
+
+  void sampleNow() override { monitor_->updateInfo(); }
+
+ private:
+  std::shared_ptr<Monitor> monitor_;
+};
+
+}  // namespace vantile::host

@@ -1,0 +1,103 @@
+#include "stream.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "event_loop.h"
+#include "json.h"
+#include "output.h"
+#include "registry.h"
+#include "signals.h"
+
+namespace vantile::host {
+namespace {
+
+class Stream {
+ public:
+  explicit Stream(const Options& options) : options_(options) {}
+
+  int run();
+
+ private:
+  /// One monitor's part of the stream.
+  struct Source {
+    const MonitorEntry& entry;
+    std::uint64_t reports = 0;
+    std::unique_ptr<RunningMonitor> running = nullptr;
+  };
+
+  bool start();
+  void print(Source& source, const Report& report);
+  bool isDone(const Source& source) const;
+
+  const Options& options_;
+  Signals signals_{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+  EventLoop loop_{signals_};
+  std::vector<Source> sources_;
+};
+
+int Stream::run() {
+  loop_.onSignal([this](int number) { loop_.end(128 + number); });
+  // Without events to wait for, poll still tells when the reader goes away, long before the next
+  // write might.
+  loop_.watch(STDOUT_FILENO, 0, [this](short found) {
+    if (found & (POLLERR | POLLHUP)) loop_.end(0);
+  });
+  if (!start()) return 1;
+  return loop_.run();
+}
+
+bool Stream::start() {
+  sources_.reserve(options_.monitors.size());  // the sinks refer to its elements
+  for (const auto& name : options_.monitors) {
+    auto& source = sources_.emplace_back(Source{monitorNamed(name)});
+    source.running = source.entry.start(
+        options_.interval, [this, &source](const Report& report) { print(source, report); });
+    if (!source.running) {
+      complain("the " + name + " monitor has nothing to read on this system");
+      return false;
+    }
+  }
+  return true;
+}
+
+void Stream::print(Source& source, const Report& report) {
+  if (loop_.ended()) return;
+  const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+  switch (writeOut(jsonLine(report, now), signals_.fd())) {
+    case Written::All:
+      break;
+    case Written::ReaderGone:
+      return loop_.end(0);
+    case Written::Interrupted:
+      return;  // the loop takes the signal next
+    case Written::Failed:
+      complainOfOutput();
+      return loop_.end(1);
+  }
+  ++source.reports;
+  if (options_.count > 0 &&
+      std::ranges::all_of(sources_, [this](const Source& each) { return isDone(each); })) {
+    loop_.end(0);
+  }
+}
+
+bool Stream::isDone(const Source& source) const {
+  return source.reports >= (source.entry.ticks ? options_.count : 1);
+}
+
+}  // namespace
+
+int runStream(const Options& options) {
+  return Stream(options).run();
+}
+
+}  // namespace vantile::host

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "options.h"
+
+namespace vantile::host {
+
+/// Prints the monitors' reports until the count is reached; gives the exit status.
+int runStream(const Options& options);
+
+}  // namespace vantile::host

@@ -1,0 +1,127 @@
+#include "options.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace vantile::host {
+namespace {
+
+const std::vector<std::string> known{"memory", "disk"};
+
+std::variant<Options, UsageError> parsed(const std::vector<std::string>& arguments) {
+  return parseOptions(arguments, known);
+}
+
+Options optionsOf(const std::vector<std::string>& arguments) {
+  const auto result = parsed(arguments);
+  const auto* options = std::get_if<Options>(&result);
+  EXPECT_NE(options, nullptr) << std::get<UsageError>(result).message;
+  return options ? *options : Options{};
+}
+
+std::string errorOf(const std::vector<std::string>& arguments) {
+  const auto result = parsed(arguments);
+  const auto* error = std::get_if<UsageError>(&result);
+  return error ? error->message : "accepted";
+}
+
+using Names = std::vector<std::string>;
+
+TEST(HostOptions, WithoutArgumentsTheTerminalDecidesAndAllMonitorsRun) {
+  const auto options = optionsOf({});
+  EXPECT_EQ(options.command, Command::Automatic);
+  EXPECT_EQ(options.monitors, known);
+  EXPECT_EQ(options.interval, 1);
+  EXPECT_EQ(options.count, 0u);
+}
+
+TEST(HostOptions, StreamTakesItsNumbers) {
+  const auto options = optionsOf({"stream", "--interval", "86400", "--count=3"});
+  EXPECT_EQ(options.command, Command::Stream);
+  EXPECT_EQ(options.interval, 86400);
+  EXPECT_EQ(options.count, 3u);
+}
+
+TEST(HostOptions, MonitorsKeepTheOrderGivenWithoutRepetitions) {
+  EXPECT_EQ(optionsOf({"stream", "--monitors", "disk,memory,disk"}).monitors,
+            (Names{"disk", "memory"}));
+}
+
+TEST(HostOptions, TheLastOfARepeatedOptionCounts) {
+  EXPECT_EQ(optionsOf({"stream", "--interval", "2", "--interval", "5"}).interval, 5);
+}
+
+TEST(HostOptions, CleanTakesNothing) {
+  EXPECT_EQ(optionsOf({"clean"}).command, Command::Clean);
+  EXPECT_EQ(errorOf({"clean", "--count", "3"}),
+            "unknown option '--count' (see vantile-host --help)");
+}
+
+TEST(HostOptions, AnUnknownMonitorIsNamedBesideTheKnownOnes) {
+  EXPECT_EQ(errorOf({"stream", "--monitors", "memory,memroy"}),
+            "unknown monitor 'memroy' (known: memory, disk)");
+  EXPECT_EQ(errorOf({"stream", "--monitors", "memory,"}),
+            "unknown monitor '' (known: memory, disk)");
+}
+
+TEST(HostOptions, AnIntervalIsOneSecondToADay) {
+  for (const std::string text : {"0", "86401", "-1", "1.5", "1s", "", "99999999999999999999999"}) {
+    EXPECT_EQ(errorOf({"stream", "--interval", text}),
+              "--interval must be a whole number of seconds from 1 to 86400, not '" + text + "'");
+  }
+}
+
+TEST(HostOptions, ACountIsAWholeNumber) {
+  for (const std::string text : {"-1", "x", "1.0", "18446744073709551616"}) {
+    EXPECT_EQ(errorOf({"stream", "--count", text}),
+              "--count must be a whole number, 0 for no end, not '" + text + "'");
+  }
+}
+
+TEST(HostOptions, AnOptionWithoutItsValueIsNamed) {
+  EXPECT_EQ(errorOf({"stream", "--interval"}),
+            "option '--interval' needs a value (see vantile-host --help)");
+}
+
+TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {
+  EXPECT_EQ(errorOf({"strem"}),
+            "unknown command 'strem' (known: stream, clean; see vantile-host --help)");
+  EXPECT_EQ(errorOf({"--verbose"}), "unknown option '--verbose' (see vantile-host --help)");
+  EXPECT_EQ(errorOf({"stream", "more"}), "unexpected argument 'more' (see vantile-host --help)");
+}
+
+TEST(HostOptions, HelpTellsOfCommandsExamplesAndExitStatus) {
+  const auto options = optionsOf({"--help"});
+  EXPECT_EQ(options.command, Command::Print);
+  for (const char* part : {"stream", "clean", "Examples:", "Exit status:", "128+N"}) {
+    EXPECT_NE(options.text.find(part), std::string::npos) << part;
+  }
+}
+
+TEST(HostOptions, ACommandsHelpIsItsOwn) {
+  const auto text = optionsOf({"stream", "--help"}).text;
+  EXPECT_NE(text.find("--interval SECONDS"), std::string::npos);
+  EXPECT_NE(text.find("memory, disk"), std::string::npos);
+  EXPECT_EQ(text.find("Subcommands:"), std::string::npos);
+}
+
+TEST(HostOptions, HelpFitsAnOrdinaryTerminal) {
+  for (const Names& arguments : {Names{"--help"}, {"stream", "--help"}, {"clean", "--help"}}) {
+    const auto text = optionsOf(arguments).text;
+    for (std::size_t start = 0; start < text.size();) {
+      const auto end = text.find('\n', start);
+      EXPECT_LE(end - start, 100u) << text.substr(start, end - start);
+      start = end + 1;
+    }
+  }
+}
+
+TEST(HostOptions, TheVersionIsPrinted) {
+  EXPECT_TRUE(optionsOf({"--version"}).text.starts_with("vantile-host "));
+}
+
+}  // namespace
+}  // namespace vantile::host
