@@ -44,6 +44,12 @@ class CheckRooms(unittest.TestCase):
         self.assert_offence('vantile/platform/macos/a.h', inclusion, 'includes an adapter')
         self.assert_clean('vantile/platform/linux/a.h', inclusion)
 
+    def test_adapters_share_what_posix_gives_and_it_knows_none_of_them(self):
+        self.assert_clean('vantile/platform/macos/a.h', '#include "vantile/platform/posix/b.h"\n')
+        self.assert_offence('vantile/memory/a.h', '#include "vantile/platform/posix/b.h"\n', 'adapter')
+        self.assert_offence('vantile/platform/posix/a.h', '#include "vantile/platform/linux/b.h"\n',
+                            'adapter')
+
     def test_operating_system_headers_stand_in_the_adapters_only(self):
         inclusion = '#include <unistd.h>\n'
         self.assert_offence('vantile/platform/parsers/a.cpp', inclusion, 'unistd.h')

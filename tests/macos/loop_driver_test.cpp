@@ -186,6 +186,20 @@ TEST_F(LoopDriverSeam, MayEndInsideACallOfItsLoop) {
   EXPECT_EQ(fakes::live(), fakes::Live{});
 }
 
+TEST_F(LoopDriverSeam, AnotherThreadMayAttachItToTheMainLoop) {
+  CFRunLoopGetMain();  // as the first thread has it from the start
+  driver = makeMainLoopDriver();
+  EXPECT_TRUE(driver->attachesAnywhere());
+  std::thread([this] { attach(); }).join();
+  driver->wake();
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, false);
+  EXPECT_EQ(served, 1);
+}
+
+TEST_F(LoopDriverSeam, OnlyTheLoopsOwnThreadAttachesAnyOther) {
+  EXPECT_FALSE(driver->attachesAnywhere());
+}
+
 TEST_F(LoopDriverSeam, KnowsTheFirstThread) {
   EXPECT_TRUE(onFirstThread());
   fakes::machine.isFirstThread = false;

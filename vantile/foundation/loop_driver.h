@@ -18,12 +18,18 @@ class LoopDriver {
 
   virtual ~LoopDriver() = default;
 
-  /// Binds the driver to the calling thread, which is from now on the loop's, and names what to
-  /// call there whenever the loop was woken or a wakeup came due. Called once, before any other
-  /// operation but `now`, `wake` and `stop`.
+  /// Binds the driver to its thread's loop, and names what to call there whenever the loop was
+  /// woken or a wakeup came due. Called once, on that thread unless `attachesAnywhere`, before any
+  /// other operation but `now`, `wake` and `stop`.
   virtual void attach(std::function<void()> serve) = 0;
 
-  /// The monotonic time. Any thread.
+  /// Whether `attach` may be called on another thread than the loop's: the loop is there already
+  /// and its thread serves it whether or not it knows of the library.
+  /// macOS: the main loop's. Linux: none.
+  virtual bool attachesAnywhere() const { return false; }
+
+  /// The time that wakeups go by; only comparable with itself. It rests while the machine sleeps.
+  /// Any thread. macOS: CLOCK_UPTIME_RAW. Linux: CLOCK_MONOTONIC.
   virtual Moment now() = 0;
 
   /// Asks for one call of `serve` at `moment`, in place of what was asked before; nothing asks for
@@ -39,7 +45,7 @@ class LoopDriver {
   /// macOS: CFRunLoopRun. Linux: sd_event_run.
   virtual void run() = 0;
 
-  /// Ends `run`. Any thread. macOS: CFRunLoopStop.
+  /// Ends `run`. Any thread. macOS: the source, which calls CFRunLoopStop on the loop's thread.
   virtual void stop() = 0;
 
   /// A descriptor that is readable while something is due, or -1 where the platform has none.
@@ -50,8 +56,10 @@ class LoopDriver {
   virtual void dispatch() = 0;
 };
 
-/// A new driver for a run loop, not yet attached.
+/// A new driver, not yet attached, for the loop of the thread that will attach it, or for that of
+/// the process's first thread.
 VANTILE_API std::unique_ptr<LoopDriver> makeLoopDriver();
+VANTILE_API std::unique_ptr<LoopDriver> makeMainLoopDriver();
 
 /// Whether the caller runs on the process's first thread, whose loop is the main loop.
 /// macOS: pthread_main_np. Linux: the thread's id is the process's.

@@ -34,7 +34,7 @@ bool Timer::isValid() const {
 
 std::shared_ptr<RunLoop>& RunLoop::mainInstance() {
   static auto& instance =
-      *new std::shared_ptr<RunLoop>(new RunLoop(makeLoopDriver()));  // never destroyed
+      *new std::shared_ptr<RunLoop>(new RunLoop(makeMainLoopDriver()));  // never destroyed
   return instance;
 }
 
@@ -46,7 +46,7 @@ std::mutex& RunLoop::mainLock() {
 RunLoop& RunLoop::main() {
   const std::lock_guard lock(mainLock());
   RunLoop& loop = *mainInstance();
-  if (onFirstThread()) loop.attach();
+  if (onFirstThread() || loop.driver_->attachesAnywhere()) loop.attach();
   return loop;
 }
 

@@ -49,8 +49,9 @@ class VANTILE_API RunLoop : public std::enable_shared_from_this<RunLoop> {
 
   /// The calling thread's loop, made on first use; it ends with its thread.
   static RunLoop& current();
-  /// The loop of the process's first thread. It takes posts and timers before that thread first
-  /// asks for it and is never destroyed.
+  /// The loop of the process's first thread, never destroyed. It takes posts and timers from the
+  /// start; on Linux it serves them once the first thread asks for it, on macOS that thread's
+  /// CFRunLoop does in any case.
   static RunLoop& main();
 
   /// A loop on a driver of the caller's own, bound to the calling thread.

@@ -19,8 +19,9 @@ class IntervalAlarm {
  public:
   virtual ~IntervalAlarm() = default;
 
-  /// Lets `handler` handle SIGALRM, and the calling thread receive it. Calls that the handler
-  /// interrupts are taken up again where the system can. Both: signal; Linux: pthread_sigmask too.
+  /// Lets `handler` handle SIGALRM. Calls that it interrupts are taken up again where the system
+  /// can. Both: signal. Linux: pthread_sigmask too, so that the calling thread at least receives
+  /// it.
   virtual void handle(void (*handler)(int)) = 0;
 
   /// Sets the timer; `previous` receives the setting that was there. 0, or -1 when refused.

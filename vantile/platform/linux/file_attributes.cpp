@@ -16,8 +16,9 @@ class LinuxFileSystem final : public FileSystem {
     attributes.permissions = status->stx_mode & 07777u;
     attributes.owner = status->stx_uid;
     attributes.group = status->stx_gid;
-    attributes.modified = momentOf(status->stx_mtime);
-    if (status->stx_mask & STATX_BTIME) attributes.created = momentOf(status->stx_btime);
+    attributes.modified = momentOf(status->stx_mtime.tv_sec, status->stx_mtime.tv_nsec);
+    if (status->stx_mask & STATX_BTIME)
+      attributes.created = momentOf(status->stx_btime.tv_sec, status->stx_btime.tv_nsec);
     return attributes;
   }
 };

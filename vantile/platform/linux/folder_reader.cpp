@@ -9,13 +9,12 @@
 #include <cstddef>
 #include <cstring>
 
-#include "vantile/platform/linux/descriptor.h"
 #include "vantile/platform/linux/statx.h"
+#include "vantile/platform/posix/descriptor.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
-
-constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
 // As the kernel fills it.
 struct KernelEntry {
@@ -50,7 +49,9 @@ class LinuxFolder final : public OpenFolder {
     return status ? std::optional(factsOf(*status)) : std::nullopt;
   }
 
-  std::optional<std::string> text(const char* name, std::size_t most) override;
+  std::optional<std::string> text(const char* name, std::size_t most) override {
+    return beginningOf(folder_.get(), name, most);
+  }
 
   static std::unique_ptr<OpenFolder> opened(int fd) {
     return fd < 0 ? nullptr : std::make_unique<LinuxFolder>(Descriptor(fd));
@@ -95,25 +96,6 @@ Listed LinuxFolder::list(FolderBatch& batch) {
     batch.entries.push_back({name, kindOfEntry(entry->type, name)});
   }
   return Listed::some;
-}
-
-std::optional<std::string> LinuxFolder::text(const char* name, std::size_t most) {
-  const Descriptor file(
-      ::openat(folder_.get(), name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
-  const auto status =
-      file ? statusOf(file.get(), "", AT_EMPTY_PATH, STATX_TYPE | STATX_SIZE) : std::nullopt;
-  if (!status || !S_ISREG(status->stx_mode)) return std::nullopt;
-  std::string contents(most, '\0');
-  std::size_t size = 0;
-  while (size < most) {
-    const auto count = ::read(file.get(), contents.data() + size, most - size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return std::nullopt;
-    if (count == 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  contents.resize(size);
-  return contents;
 }
 
 class LinuxFolderReader final : public FolderReader {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "vantile/platform/linux/descriptor.h"
+#include "vantile/platform/posix/descriptor.h"
 
 namespace vantile {
 

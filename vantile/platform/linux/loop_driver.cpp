@@ -14,7 +14,7 @@
 #include <utility>
 
 #include "vantile/foundation/log.h"
-#include "vantile/platform/linux/descriptor.h"
+#include "vantile/platform/posix/descriptor.h"
 
 namespace vantile {
 namespace {
@@ -134,6 +134,10 @@ void LinuxLoopDriver::dispatch() {
 
 std::unique_ptr<LoopDriver> makeLoopDriver() {
   return std::make_unique<LinuxLoopDriver>();
+}
+
+std::unique_ptr<LoopDriver> makeMainLoopDriver() {
+  return makeLoopDriver();  // sd-event has a thread's loop on that thread alone
 }
 
 bool onFirstThread() {

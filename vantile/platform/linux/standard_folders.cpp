@@ -1,14 +1,12 @@
 #include "vantile/platform/linux/standard_folders.h"
 
-#include <pwd.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <utility>
-#include <vector>
 
 #include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/parsers/user_dirs.h"
+#include "vantile/platform/posix/account.h"
 
 namespace vantile {
 namespace {
@@ -23,20 +21,9 @@ std::string withoutTrailingSlash(std::string path) {
   return path;
 }
 
-std::string accountHome() {
-  std::vector<char> buffer(16384);
-  passwd entry = {};
-  passwd* found = nullptr;
-  const bool known =
-      ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found;
-  if (known && entry.pw_dir && entry.pw_dir[0] == '/') return entry.pw_dir;
-  const auto home = environmentVariable("HOME");
-  return home && home->starts_with('/') ? *home : "/";
-}
-
 }  // namespace
 
-XdgFolders::XdgFolders() : XdgFolders(accountHome(), environmentVariable) {}
+XdgFolders::XdgFolders() : XdgFolders(homeOfAccount(), environmentVariable) {}
 
 XdgFolders::XdgFolders(std::string home, Environment environment)
     : home_(withoutTrailingSlash(std::move(home))), environment_(std::move(environment)) {}

@@ -4,10 +4,10 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include <chrono>
 #include <optional>
 
 #include "vantile/platform/folder_reader.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 
@@ -20,24 +20,12 @@ inline std::optional<struct statx> statusOf(int at, const char* name, int flags,
   return status;
 }
 
-inline FileKind kindOf(unsigned mode) {
-  if (S_ISREG(mode)) return FileKind::regular;
-  if (S_ISDIR(mode)) return FileKind::folder;
-  if (S_ISLNK(mode)) return FileKind::symbolicLink;
-  return FileKind::other;
-}
-
 inline FileIdentity identityOf(const struct statx& status) {
   return {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
 }
 
 inline FileFacts factsOf(const struct statx& status) {
   return {kindOf(status.stx_mode), status.stx_size, status.stx_nlink, identityOf(status)};
-}
-
-inline std::chrono::sys_time<std::chrono::nanoseconds> momentOf(const statx_timestamp& time) {
-  return std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::seconds(time.tv_sec) +
-                                                         std::chrono::nanoseconds(time.tv_nsec));
 }
 
 }  // namespace vantile

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "vantile/platform/macos/descriptor.h"
+#include "vantile/platform/posix/descriptor.h"
 
 namespace vantile {
 namespace {

@@ -10,6 +10,10 @@ bool isKnown(const timespec& birth) {
   return birth.tv_sec > 0 || birth.tv_nsec > 0;
 }
 
+std::chrono::sys_time<std::chrono::nanoseconds> momentAt(const timespec& time) {
+  return momentOf(time.tv_sec, time.tv_nsec);
+}
+
 class MacosFileSystem final : public FileSystem {
  public:
   std::optional<FileAttributes> attributes(const std::string& path, bool followLink) override {
@@ -21,8 +25,8 @@ class MacosFileSystem final : public FileSystem {
     attributes.permissions = status.st_mode & 07777u;
     attributes.owner = status.st_uid;
     attributes.group = status.st_gid;
-    attributes.modified = momentOf(status.st_mtimespec);
-    if (isKnown(status.st_birthtimespec)) attributes.created = momentOf(status.st_birthtimespec);
+    attributes.modified = momentAt(status.st_mtimespec);
+    if (isKnown(status.st_birthtimespec)) attributes.created = momentAt(status.st_birthtimespec);
     return attributes;
   }
 };

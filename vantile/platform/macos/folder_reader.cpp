@@ -6,13 +6,12 @@
 #include <cerrno>
 #include <cstring>
 
-#include "vantile/platform/macos/descriptor.h"
 #include "vantile/platform/macos/status.h"
+#include "vantile/platform/posix/descriptor.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
-
-constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
 struct CloseListing {
   void operator()(DIR* listing) const { ::closedir(listing); }
@@ -43,7 +42,9 @@ class MacosFolder final : public OpenFolder {
     return factsOf(status);
   }
 
-  std::optional<std::string> text(const char* name, std::size_t most) override;
+  std::optional<std::string> text(const char* name, std::size_t most) override {
+    return beginningOf(folder_.get(), name, most);
+  }
 
   static std::unique_ptr<OpenFolder> opened(int fd) {
     return fd < 0 ? nullptr : std::make_unique<MacosFolder>(Descriptor(fd));
@@ -106,24 +107,6 @@ Listed MacosFolder::list(FolderBatch& batch) {
   }
   if (!batch.entries.empty()) return Listed::some;
   return failed_ ? Listed::failed : Listed::end;
-}
-
-std::optional<std::string> MacosFolder::text(const char* name, std::size_t most) {
-  const Descriptor file(
-      ::openat(folder_.get(), name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
-  struct stat status = {};
-  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  std::string contents(most, '\0');
-  std::size_t size = 0;
-  while (size < most) {
-    const auto count = ::read(file.get(), contents.data() + size, most - size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return std::nullopt;
-    if (count == 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  contents.resize(size);
-  return contents;
 }
 
 class MacosFolderReader final : public FolderReader {

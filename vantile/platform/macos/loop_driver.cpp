@@ -25,17 +25,19 @@ Object made(Object object) {
   return object;
 }
 
-/// The thread's CFRunLoop, with one timer and one source of the library's in its common modes, so
+/// A thread's CFRunLoop, with one timer and one source of the library's in its common modes, so
 /// that they are served while the host tracks a menu, too.
 ///
 /// The two stand in the loop by address: the driver goes on the loop's thread, as at the end of a
 /// call of it, or once that thread has ended.
 class MacosLoopDriver final : public LoopDriver {
  public:
-  MacosLoopDriver();
+  /// The driver of the calling thread's loop, or of the one that `find` gives whoever asks.
+  explicit MacosLoopDriver(CFRunLoopRef (*find)() = nullptr);
   ~MacosLoopDriver() override;
 
   void attach(std::function<void()> serve) override;
+  bool attachesAnywhere() const override { return find_ != nullptr; }
   Moment now() override;
   void wakeAt(std::optional<Moment> moment) override;
   void wake() override;
@@ -48,6 +50,7 @@ class MacosLoopDriver final : public LoopDriver {
   static void onTimer(CFRunLoopTimerRef, void* driver);
   static void onSource(void* driver);
 
+  CFRunLoopRef (*const find_)();
   Owned<CFRunLoopSourceRef> source_;
   Owned<CFRunLoopTimerRef> timer_;
   Owned<CFRunLoopRef> loop_;
@@ -57,7 +60,7 @@ class MacosLoopDriver final : public LoopDriver {
   bool running_ = false;  // loop thread
 };
 
-MacosLoopDriver::MacosLoopDriver() {
+MacosLoopDriver::MacosLoopDriver(CFRunLoopRef (*find)()) : find_(find) {
   // Made before there is a loop: a signal from before `attach` stays with the source.
   CFRunLoopSourceContext source = {};
   source.info = this;
@@ -75,12 +78,13 @@ MacosLoopDriver::~MacosLoopDriver() {
 
 void MacosLoopDriver::attach(std::function<void()> serve) {
   serve_ = std::move(serve);
-  const CFRunLoopRef current = CFRunLoopGetCurrent();
-  CFRetain(current);
-  loop_.reset(current);
-  sleeper_ = current;
-  CFRunLoopAddSource(current, source_.get(), kCFRunLoopCommonModes);
-  CFRunLoopAddTimer(current, timer_.get(), kCFRunLoopCommonModes);
+  const CFRunLoopRef loop = find_ ? find_() : CFRunLoopGetCurrent();
+  CFRetain(loop);
+  loop_.reset(loop);
+  sleeper_ = loop;
+  CFRunLoopAddSource(loop, source_.get(), kCFRunLoopCommonModes);
+  CFRunLoopAddTimer(loop, timer_.get(), kCFRunLoopCommonModes);
+  CFRunLoopWakeUp(loop);  // a signal from before is served now
 }
 
 // The clock that the system's own timers go by: it rests while the machine sleeps, which
@@ -151,6 +155,10 @@ void MacosLoopDriver::dispatch() {
 
 std::unique_ptr<LoopDriver> makeLoopDriver() {
   return std::make_unique<MacosLoopDriver>();
+}
+
+std::unique_ptr<LoopDriver> makeMainLoopDriver() {
+  return std::make_unique<MacosLoopDriver>(CFRunLoopGetMain);
 }
 
 bool onFirstThread() {
