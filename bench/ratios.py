@@ -1,0 +1,68 @@
+#!/usr/bin/env python3
+"""Prints what the benchmarks measured as ratios: bench/ratios.py MEMORY.json TRAVERSE.json."""
+
+import json
+import statistics
+import sys
+
+# Name, what it is compared with, and the ratio aimed at: how much processor time the first may take
+# beside the second. Nothing: for information. Elapsed time is too much at the mercy of whatever
+# else the machine does to decide.
+COMPARISONS = [
+    ("memory tick", "bare reads", 1.3),
+    ("memory tick", "libgtop", 1 / 1.8),
+    ("memory tick", "libstatgrab", None),
+    ("trv_all_app", "find -type d", 1.0),
+    ("trv_all_app", "find", 1.0),
+    ("trv_all_app", "fts, names", None),
+    ("get_folder_size", "du -s -b", 1.0),
+    ("get_folder_size", "nftw, sizes", None),
+    ("get_folder_size", "fts, sizes", None),
+]
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6}
+
+
+def measured(files):
+    """Processor and wall-clock times in ns of every repetition, by name."""
+    times = {}
+    for file in files:
+        with open(file, encoding="utf-8") as opened:
+            runs = json.load(opened)["benchmarks"]
+        for run in runs:
+            if run["run_type"] != "iteration":
+                continue
+            if run.get("error_occurred"):
+                sys.exit(f"{run['name']}: {run['error_message']}")
+            unit = NANOSECONDS[run["time_unit"]]
+            processor = run["processor"] * 1e6 if "processor" in run else run["cpu_time"] * unit
+            name = run["run_name"].removesuffix("/real_time")
+            times.setdefault(name, []).append((processor, run["real_time"] * unit))
+    return times
+
+
+def readable(nanoseconds):
+    return f"{nanoseconds / 1e6:.0f} ms" if nanoseconds >= 1e6 else f"{nanoseconds / 1e3:.1f} us"
+
+
+def main():
+    times = measured(sys.argv[1:])
+    missed = False
+    print(f"{'':36} {'processor':>20} {'':6} {'elapsed':>20} {'':6} aimed at")
+    for name, peer, target in COMPARISONS:
+        columns, ratios = [], []
+        for column in (0, 1):
+            mine, theirs = (
+                statistics.median(run[column] for run in times[each]) for each in (name, peer)
+            )
+            ratios.append(mine / theirs)
+            columns.append(f"{readable(mine):>9} / {readable(theirs):>8} {ratios[-1]:6.2f}")
+        verdict = ""
+        if target is not None:
+            met = ratios[0] <= target
+            missed |= not met
+            verdict = f"<= {target:.2f} {'met' if met else 'MISSED'}"
+        print(f"{name + ' / ' + peer:36} {columns[0]} {columns[1]} {verdict}")
+    sys.exit(1 if missed else 0)
+
+
+main()

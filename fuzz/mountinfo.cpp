@@ -1,0 +1,40 @@
+#include "vantile/platform/parsers/mountinfo.h"
+
+#include "fuzz/fuzzer.h"
+
+namespace vantile::fuzz {
+namespace {
+
+/// A line such as the kernel writes. A source may be empty, a type is not.
+std::string lineOf(const Mount& mount, bool optionalFields) {
+  return "36 35 98:0 " + asKernelWrites(mount.root) + " " + asKernelWrites(mount.mountPoint) +
+         " rw,noatime" + (optionalFields ? " shared:1 master:2" : "") + " - " + mount.type + " " +
+         asKernelWrites(mount.source) + " " + asKernelWrites(mount.superOptions) + "\n";
+}
+
+}  // namespace
+
+void consume(std::string_view input) {
+  require(parseMountinfo(input).size() <= split(input, '\n').size(),
+          "a line gives a mount at most");
+
+  std::string table;
+  std::vector<Mount> written;
+  for (const auto line : split(input, '\n')) {
+    const auto cut = line.size() / 2;
+    const std::string name(line.substr(0, cut)), other(line.substr(cut));
+    written.push_back({"/" + other, "/" + name, "fuse.kind", name, "rw," + other});
+    table += lineOf(written.back(), line.size() % 2 == 1);
+  }
+  const auto read = parseMountinfo(table);
+  require(read.size() == written.size(), "every mount of a table is read");
+  for (std::size_t at = 0; at < read.size(); ++at) {
+    require(read[at].root == written[at].root && read[at].mountPoint == written[at].mountPoint,
+            "names come back as they were");
+    require(read[at].type == written[at].type && read[at].source == written[at].source &&
+                read[at].superOptions == written[at].superOptions,
+            "type, source and options come back as they were");
+  }
+}
+
+}  // namespace vantile::fuzz
