@@ -85,11 +85,12 @@ TEST_F(LiveMemory, PartsAreWithinOnePercentOfTheKernelsCounts) {
 }
 
 TEST_F(LiveMemory, MemoryThatIsTakenIsUsed) {
-  constexpr std::size_t size = 512 << 20;
-  if (meminfo()["MemAvailable"] < 4.0 * size) GTEST_SKIP() << "less than 2 GiB are available";
-  // Others take memory and give it back meanwhile: half of it must show, in one of ten tries.
+  constexpr std::size_t size = 1 << 30;
+  if (meminfo()["MemAvailable"] < 4.0 * size) GTEST_SKIP() << "less than 4 GiB are available";
+  // Others take memory and give it back meanwhile, and what was free may have been counted as used
+  // in the processors' own lists: a quarter of it must show, in one of ten tries.
   double most = 0;
-  for (int attempt = 0; attempt < 10 && most <= size / 2.0; ++attempt) {
+  for (int attempt = 0; attempt < 10 && most <= size / 4.0; ++attempt) {
     sample();
     const auto before = bytes("memory_used");
     void* const taken = ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
@@ -99,7 +100,7 @@ TEST_F(LiveMemory, MemoryThatIsTakenIsUsed) {
     ::munmap(taken, size);
     most = std::max(most, bytes("memory_used") - before);
   }
-  EXPECT_GT(most, size / 2.0);
+  EXPECT_GT(most, size / 4.0);
 }
 
 TEST_F(LiveMemory, FaultsGrowAsPagesAreTouched) {

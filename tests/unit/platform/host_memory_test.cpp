@@ -168,6 +168,17 @@ TEST_F(LinuxHostMemoryTest, AZramDeviceThatAppearsIsFoundInTimeAndNothingRunsBac
   EXPECT_EQ(reading().pageOuts, 2150u);
 }
 
+TEST_F(LinuxHostMemoryTest, TheFirstUseOfAZramDeviceIsSeenInTime) {
+  zram("zram0", 0, 0);
+  folder.file("sys/block/zram0/mm_stat", "0 0 0\n");
+  EXPECT_EQ(reading().compressorPages, 0u);
+  zram("zram0", 4, 4);
+  readings(16);
+  EXPECT_EQ(reading().compressorPages, 1u);
+  zram("zram0", 9, 9);
+  EXPECT_EQ(reading().uncompressedPages, 9u);  // from then on at once
+}
+
 TEST_F(LinuxHostMemoryTest, AZramDeviceThatBecomesSwapIsFoundAtOnce) {
   (void)reading();
   zram("zram0", 300, 50);

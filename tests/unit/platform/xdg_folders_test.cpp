@@ -53,6 +53,12 @@ TEST_F(XdgFoldersTest, TheEnvironmentNamesTheBaseFolders) {
   EXPECT_EQ(folders().preferences(), "/config");
 }
 
+TEST_F(XdgFoldersTest, ABaseFolderThatIsTheRootGivesNoDoubleSlash) {
+  environment = {{"XDG_DATA_HOME", "/"}};
+  EXPECT_EQ(folders().library(), "/");
+  EXPECT_EQ(folders().trash(), "/Trash/files");
+}
+
 TEST_F(XdgFoldersTest, RelativeAndEmptyBaseFoldersAreIgnored) {
   environment = {{"XDG_DATA_HOME", "data"}, {"XDG_CONFIG_HOME", ""}};
   EXPECT_EQ(folders().library(), folder.path(".local/share"));

@@ -16,7 +16,8 @@ constexpr std::size_t allOfMeminfo = 4096;
 constexpr std::size_t allOfZramFile = 512;
 
 // A zram device that is no swap, and zswap switched on, change nothing in meminfo, so they are
-// looked for now and then; a change of the swap space is seen at once.
+// looked for now and then, and so is the first use of a device; a change of the swap space is seen
+// at once.
 constexpr unsigned readingsBetweenSearches = 16;
 
 struct CloseFolder {
@@ -58,29 +59,42 @@ std::optional<Vmstat> LinuxHostMemory::vmstat(const Meminfo& info) {
   return parseWholeVmstat(*text);
 }
 
-void LinuxHostMemory::findCompressors(const Meminfo& info) {
-  if (readings_++ % readingsBetweenSearches != 0 && info.swapTotal == swapTotal_) return;
+bool LinuxHostMemory::searchIsDue(const Meminfo& info) {
+  const bool due = readings_++ % readingsBetweenSearches == 0 || info.swapTotal != swapTotal_;
   swapTotal_ = info.swapTotal;
+  return due;
+}
+
+void LinuxHostMemory::findCompressors(const Meminfo& info) {
   findZramDevices();
   const auto enabled = info.zswap ? zswapSwitch_.beginning(1) : std::nullopt;
   zswapInUse_ = zswapInUse_ || (enabled && *enabled == "Y");
 }
 
-void LinuxHostMemory::readZram() {
+void LinuxHostMemory::readZram(bool unusedToo) {
   zram_.beginReading();
   for (auto device = zramDevices_.begin(); device != zramDevices_.end();) {
-    const auto mmStat = device->second.memory.beginning(allOfZramFile);
-    const auto memory = mmStat ? parseZramMemory(*mmStat) : std::nullopt;
-    const auto stat = device->second.traffic.beginning(allOfZramFile);
-    const auto traffic = stat ? parseBlockTraffic(*stat) : std::nullopt;
-    if (memory && traffic) {
-      zram_.add(device->first, *memory, *traffic);
+    const bool wanted = unusedToo || device->second.used;
+    if (!wanted || addZram(device->first, device->second)) {
       ++device;
     } else {
       zram_.forget(device->first);
       device = zramDevices_.erase(device);
     }
   }
+}
+
+/// False when the device is gone.
+bool LinuxHostMemory::addZram(const std::string& name, ZramDevice& device) {
+  const auto mmStat = device.memory.beginning(allOfZramFile);
+  const auto memory = mmStat ? parseZramMemory(*mmStat) : std::nullopt;
+  const auto stat = device.traffic.beginning(allOfZramFile);
+  const auto traffic = stat ? parseBlockTraffic(*stat) : std::nullopt;
+  if (!memory || !traffic) return false;
+  zram_.add(name, *memory, *traffic);
+  device.used = device.used || memory->occupiedBytes > 0 || traffic->readSectors > 0 ||
+                traffic->writtenSectors > 0;
+  return true;
 }
 
 void LinuxHostMemory::findZramDevices() {
@@ -98,9 +112,10 @@ std::optional<VirtualMemoryReading> LinuxHostMemory::read() {
   const std::lock_guard lock(mutex_);
   const auto info = meminfo();
   if (!info) return std::nullopt;
-  findCompressors(*info);
+  const bool searching = searchIsDue(*info);
+  if (searching) findCompressors(*info);
   const auto counters = vmstat(*info);
-  readZram();
+  readZram(searching);
   return memory_.reading(*info, counters.value_or(Vmstat{}), zram_.totals(), pageSize_);
 }
 

@@ -29,13 +29,16 @@ class LinuxHostMemory final : public HostMemory {
  private:
   struct ZramDevice {
     KeptFile memory, traffic;
+    bool used = false;  // since it was made, as far as it was looked at
   };
 
   std::optional<VirtualMemoryReading> read();
   std::optional<Meminfo> meminfo();
   std::optional<Vmstat> vmstat(const Meminfo& info);
+  bool searchIsDue(const Meminfo& info);
   void findCompressors(const Meminfo& info);
-  void readZram();
+  void readZram(bool unusedToo);
+  bool addZram(const std::string& name, ZramDevice& device);
   void findZramDevices();
 
   const std::string blockDevices_;

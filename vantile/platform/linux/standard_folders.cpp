@@ -58,7 +58,8 @@ std::string XdgFolders::applications() {
 }
 
 std::string XdgFolders::trash() {
-  return library() + "/Trash/files";
+  const auto data = library();
+  return (data == "/" ? "" : data) + "/Trash/files";
 }
 
 std::shared_ptr<StandardFolders> systemStandardFolders() {

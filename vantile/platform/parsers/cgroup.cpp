@@ -25,9 +25,10 @@ std::vector<std::string> foldersOf(std::string_view path, const Mount& mount) {
     path = inside ? path.substr(mount.root.size()) : std::string_view();
   }
   std::vector<std::string> folders;
-  while (!path.empty() && path != "/") {
-    folders.push_back(mount.mountPoint + std::string(path));
-    path = path.substr(0, path.rfind('/'));
+  for (auto end = path.size(); end > 0 && end != std::string_view::npos;
+       end = path.rfind('/', end - 1)) {
+    if (path.substr(0, end) != "/")
+      folders.push_back(mount.mountPoint + std::string(path.substr(0, end)));
   }
   folders.push_back(mount.mountPoint);
   return folders;

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "vantile/platform/posix/descriptor.h"
@@ -25,10 +26,11 @@ std::optional<std::string> beginningOf(int folder, const char* name, std::size_t
       ::openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
   struct stat status = {};
   if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  std::string contents(most, '\0');
+  const auto wanted = std::min(most, static_cast<std::size_t>(status.st_size));
+  std::string contents(wanted, '\0');
   std::size_t size = 0;
-  while (size < most) {
-    const auto count = ::read(file.get(), contents.data() + size, most - size);
+  while (size < wanted) {
+    const auto count = ::read(file.get(), contents.data() + size, wanted - size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return std::nullopt;
     if (count == 0) break;
