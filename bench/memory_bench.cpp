@@ -8,6 +8,8 @@
 
 #include <array>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -48,6 +50,14 @@ struct KernelFile {
   std::size_t most;
 };
 
+/// Whether the block device at `folder` ever moved anything. One that did not is no more than
+/// looked at now and then.
+bool used(const std::string& folder) {
+  std::ifstream file(folder + "/stat");
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  return text.find_first_of("123456789") != std::string::npos;
+}
+
 /// The files of a tick with as much of each as it reads.
 std::vector<KernelFile> filesOfATick() {
   std::vector<KernelFile> files;
@@ -59,9 +69,10 @@ std::vector<KernelFile> filesOfATick() {
   add("/proc/vmstat", 2304);
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator("/sys/block", error)) {
-    if (!entry.path().filename().string().starts_with("zram")) continue;
-    add(entry.path().string() + "/mm_stat", 512);
-    add(entry.path().string() + "/stat", 512);
+    const auto folder = entry.path().string();
+    if (!entry.path().filename().string().starts_with("zram") || !used(folder)) continue;
+    add(folder + "/mm_stat", 512);
+    add(folder + "/stat", 512);
   }
   return files;
 }

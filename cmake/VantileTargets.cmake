@@ -44,11 +44,14 @@ function(vantile_library target)
     ${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
                         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_compile_features(${target} INTERFACE cxx_std_20)
+  # Before 1.0 each minor version has an interface of its own.
+  set(soversion ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION}
-                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+                                             SOVERSION ${soversion})
   if(VANTILE_PLATFORM STREQUAL "linux")
     # Calls inside the library stay inside, whatever the host defines under the same name; and the
     # library stays mapped, since its threads may still run when a host unloads it.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
     target_link_options(
       ${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,-z,nodelete -Wl,-z,defs
       -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)

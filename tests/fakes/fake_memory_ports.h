@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -50,7 +51,7 @@ class FakeHostMemory final : public HostMemory {
   VirtualMemoryReading32 reading32;
   PageCounts pages;
   std::function<void()> onRead;  ///< called in the midst of a 64-bit reading
-  int lookUps = 0, reads64 = 0, reads32 = 0, pageCountReads = 0;
+  std::atomic<int> lookUps = 0, reads64 = 0, reads32 = 0, pageCountReads = 0;
 };
 
 /// Swap space as a test says.
@@ -164,6 +165,7 @@ class FakeIntervalAlarm final : public IntervalAlarm {
   void handle(void (*given)(int)) override {
     handler = given;
     log.push_back("handle");
+    if (onHandle) onHandle();
   }
   int set(const IntervalTimerSetting& setting, IntervalTimerSetting&) override {
     log.push_back("set " + std::to_string(setting.intervalSeconds) + "." +
@@ -174,11 +176,14 @@ class FakeIntervalAlarm final : public IntervalAlarm {
   }
   unsigned pause(unsigned seconds) override {
     log.push_back("pause " + std::to_string(seconds));
-    return 0;
+    return left;
   }
+  void leave() override { log.push_back("leave"); }
 
   void (*handler)(int) = nullptr;
+  std::function<void()> onHandle;  ///< called once there is a handler
   int result = 0;
+  unsigned left = 0;  ///< of a pause
   std::vector<std::string> log;
 };
 

@@ -16,6 +16,7 @@ namespace vantile::testing {
 class SteppedDriver final : public LoopDriver {
  public:
   void attach(std::function<void()> serve) override { serve_ = std::move(serve); }
+  void detach() override {}
   Moment now() override { return now_; }
   void wakeAt(std::optional<Moment> moment) override { wakeAt_ = moment; }
   void wake() override { woken_ = true; }

@@ -58,13 +58,22 @@ TEST(WorkerQueue, DelayedWorkWaitsAndThenRunsThoughOthersBlock) {
   freed.wait();
 }
 
+TEST(WorkerQueue, TheLongestDelayIsNotOver) {
+  std::atomic<bool> ran = false;
+  systemWorkerQueue().submitAfter(std::chrono::nanoseconds::max(), [&] { ran = true; });
+  std::latch done(1);
+  systemWorkerQueue().submitAfter(milliseconds(30), [&] { done.count_down(); });
+  done.wait();
+  EXPECT_FALSE(ran);
+}
+
 TEST(WorkerQueue, WorkMaySubmitMore) {
   std::latch done(1);
   systemWorkerQueue().submit([&] { systemWorkerQueue().submit([&] { done.count_down(); }); });
   done.wait();
 }
 
-TEST(WorkerQueue, ItsThreadsTakeNoSignalsButTheAlarm) {
+TEST(WorkerQueue, ItsThreadsTakeNoSignalsButThoseOfTheirOwnFaults) {
   std::latch done(1);
   sigset_t mask;
   systemWorkerQueue().submit([&] {
@@ -74,7 +83,8 @@ TEST(WorkerQueue, ItsThreadsTakeNoSignalsButTheAlarm) {
   done.wait();
   EXPECT_TRUE(sigismember(&mask, SIGINT));
   EXPECT_TRUE(sigismember(&mask, SIGCHLD));
-  EXPECT_FALSE(sigismember(&mask, SIGALRM));
+  EXPECT_TRUE(sigismember(&mask, SIGALRM));
+  EXPECT_FALSE(sigismember(&mask, SIGSEGV));
 }
 
 TEST(WorkerQueue, TheCallersSignalMaskIsLeftAlone) {

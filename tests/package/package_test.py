@@ -53,6 +53,10 @@ class Package(unittest.TestCase):
         run('c++', '-std=c++20', pathlib.Path(CONSUMER, 'main.cpp'), *flags, '-o', program)
         self.assertEqual(run(program, env=self.environment), 'ok\n')
 
+    def test_the_installed_host_finds_its_libraries(self):
+        plain = {name: value for name, value in os.environ.items() if name != 'LD_LIBRARY_PATH'}
+        self.assertIn('vantile-host', run(self.prefix / 'bin/vantile-host', '--help', env=plain))
+
     def test_every_installed_header_stands_by_itself(self):
         include = self.prefix / 'include'
         for header in sorted(include.rglob('*.h')):
@@ -72,7 +76,7 @@ class Package(unittest.TestCase):
     def test_the_libraries_have_sonames_and_stay_where_they_are(self):
         for name in ('libvantile', 'libvantile-utility'):
             dynamic = run('readelf', '-dW', self.libraries / f'{name}.so')
-            self.assertIn(f'soname: [{name}.so.0]', dynamic)
+            self.assertIn(f'soname: [{name}.so.0.1]', dynamic)
             self.assertIn('NODELETE', dynamic)
 
 

@@ -30,6 +30,9 @@ void setLogSink(LogSink write) {
 }
 
 void logLine(std::string_view line) noexcept {
+  thread_local bool inside = false;
+  if (inside) return writeToStandardError(line);  // the sink itself has something to say
+  inside = true;
   try {
     const std::lock_guard lock(sink().mutex);
     if (sink().write) {
@@ -39,6 +42,7 @@ void logLine(std::string_view line) noexcept {
     }
   } catch (...) {  // There is nowhere left to report it.
   }
+  inside = false;
 }
 
 }  // namespace vantile

@@ -15,7 +15,8 @@ using LogSink = std::function<void(std::string_view line)>;
 /// call returns, the old sink is no longer in use. Not to be called from inside a sink. Any thread.
 VANTILE_API void setLogSink(LogSink sink);
 
-/// Hands one line to the sink. A sink that throws is ignored. Any thread.
+/// Hands one line to the sink. A sink that throws is ignored; what is logged from inside the
+/// sink goes to standard error. Any thread.
 VANTILE_API void logLine(std::string_view line) noexcept;
 
 }  // namespace vantile

@@ -23,6 +23,10 @@ class LoopDriver {
   /// other operation but `now`, `wake` and `stop`.
   virtual void attach(std::function<void()> serve) = 0;
 
+  /// Lets go of the thread's loop, which is about to end with its thread; only `now`, `wake` and
+  /// `stop` follow. Loop thread.
+  virtual void detach() = 0;
+
   /// Whether `attach` may be called on another thread than the loop's: the loop is there already
   /// and its thread serves it whether or not it knows of the library.
   /// macOS: the main loop's. Linux: none.

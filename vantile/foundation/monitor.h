@@ -18,7 +18,8 @@ class VANTILE_API FreshInterval : public std::enable_shared_from_this<FreshInter
 
   /// Sets the refresh interval in whole seconds and calls `updateInfo` that often on the run loop
   /// of the calling thread, in place of the timer that was there. The present value changes
-  /// nothing and keeps the timer; 0 or less is stored and leaves no timer. Any thread.
+  /// nothing and keeps the timer; 0 or less is stored and leaves no timer. Where the thread's
+  /// loop can't be made, nothing changes and a line is logged. Any thread.
   void setFreshInterval(std::int32_t seconds);
   /// The refresh interval in seconds; 0 before the first one is set. Any thread.
   std::int32_t freshInterval() const;
@@ -38,8 +39,9 @@ class VANTILE_API FreshInterval : public std::enable_shared_from_this<FreshInter
 template <class Delegate>
 class Monitor : public FreshInterval {
  public:
-  /// A monitor that ends does not release its delegate: it is kept for the rest of the process.
-  /// A host that wants it released sets null first.
+  /// A monitor that ends does not release its delegate: that belongs to the interface, by which
+  /// hosts let go of a monitor while its delegate's code may still be running. It is kept for the
+  /// rest of the process; a host that wants it released sets null first.
   ~Monitor() override { keepForGood(_delegate.get()); }
 
   /// Sets who is told of the samples; null for nobody. The monitor holds on to it and releases the

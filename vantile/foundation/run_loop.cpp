@@ -8,8 +8,23 @@
 namespace vantile {
 namespace {
 
-thread_local std::shared_ptr<RunLoop> currentLoop;
+thread_local std::shared_ptr<RunLoop> overridingLoop;
 thread_local const RunLoop* servingLoop = nullptr;  // the loop whose calls this thread is inside of
+
+}  // namespace
+
+/// A thread's own loop. Others may hold on to it for a moment, or for long; what it has of the
+/// thread's it gives up with the thread.
+struct ThreadLoop {
+  ~ThreadLoop() {
+    if (own) own->driver_->detach();
+  }
+  std::shared_ptr<RunLoop> own;
+};
+
+namespace {
+
+thread_local ThreadLoop threadLoop;
 
 }  // namespace
 
@@ -51,11 +66,12 @@ RunLoop& RunLoop::main() {
 }
 
 RunLoop& RunLoop::current() {
-  if (!currentLoop) {
+  if (overridingLoop) return *overridingLoop;
+  if (!threadLoop.own) {
     if (onFirstThread()) return main();
-    currentLoop = on(makeLoopDriver());
+    threadLoop.own = on(makeLoopDriver());
   }
-  return *currentLoop;
+  return *threadLoop.own;
 }
 
 std::shared_ptr<RunLoop> RunLoop::on(std::unique_ptr<LoopDriver> driver) {
@@ -65,14 +81,14 @@ std::shared_ptr<RunLoop> RunLoop::on(std::unique_ptr<LoopDriver> driver) {
 }
 
 RunLoop::Override::Override(std::shared_ptr<RunLoop> loop, bool alsoMain)
-    : previousCurrent_(std::exchange(currentLoop, loop)), alsoMain_(alsoMain) {
+    : previousCurrent_(std::exchange(overridingLoop, loop)), alsoMain_(alsoMain) {
   if (!alsoMain_) return;
   const std::lock_guard lock(mainLock());
   previousMain_ = std::exchange(mainInstance(), std::move(loop));
 }
 
 RunLoop::Override::~Override() {
-  currentLoop = std::move(previousCurrent_);
+  overridingLoop = std::move(previousCurrent_);
   if (!alsoMain_) return;
   const std::lock_guard lock(mainLock());
   mainInstance() = std::move(previousMain_);
@@ -158,9 +174,9 @@ void RunLoop::serve() {
 void RunLoop::serveTimers() {
   const auto now = driver_->now();
   std::unique_lock lock(mutex_);
-  const auto horizon = timers_.horizon(now);
-  if (!horizon) return;
-  while (auto fire = timers_.takeDue(*horizon, now)) {
+  const auto wakeup = timers_.wakeUp(now);
+  if (!wakeup) return;
+  while (auto fire = timers_.takeDue(*wakeup)) {
     lock.unlock();
     guarded("a timer", *fire);
     fire.reset();  // outside the lock: its captures may own timers too

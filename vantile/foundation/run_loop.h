@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "vantile/foundation/api.h"
 #include "vantile/foundation/loop_driver.h"
@@ -102,6 +103,7 @@ class VANTILE_API RunLoop : public std::enable_shared_from_this<RunLoop> {
 
  private:
   friend class Timer;
+  friend struct ThreadLoop;
 
   explicit RunLoop(std::unique_ptr<LoopDriver> driver) : driver_(std::move(driver)) {}
 

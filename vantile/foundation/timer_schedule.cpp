@@ -39,24 +39,24 @@ std::optional<TimerSchedule::Moment> TimerSchedule::next() const {
   return first ? std::optional(first->due) : std::nullopt;
 }
 
-std::optional<TimerSchedule::Moment> TimerSchedule::horizon(Moment now) const {
+std::optional<TimerSchedule::Wakeup> TimerSchedule::wakeUp(Moment now) const {
   const Entry* const first = earliest();
   if (!first || first->due > now) return std::nullopt;
-  Moment latest = now;
-  for (const Entry& entry : entries_) {
-    const Duration shared = std::min(first->tolerance(), entry.tolerance());
-    if (entry.due - first->due <= shared) latest = std::max(latest, entry.due);
-  }
-  return latest;
+  return Wakeup{now, first->due, first->tolerance()};
 }
 
-TimerSchedule::Fire TimerSchedule::takeDue(Moment horizon, Moment now) {
-  Entry* const first = const_cast<Entry*>(earliest());
-  if (!first || first->due > horizon) return nullptr;
-  if (first->period == Duration::zero()) return remove(first->id);
-  const auto late = std::max(Duration::zero(), Duration(now - first->due));
-  first->due = later(first->due + late / first->period * first->period, first->period);
-  return first->fire;
+TimerSchedule::Fire TimerSchedule::takeDue(const Wakeup& wakeup) {
+  Entry* next = nullptr;
+  for (Entry& entry : entries_) {
+    const Duration near = std::min(wakeup.firstTolerance, entry.tolerance());
+    const bool served = entry.due <= wakeup.now || entry.due - wakeup.firstDue <= near;
+    if (served && (!next || entry.due < next->due)) next = &entry;
+  }
+  if (!next) return nullptr;
+  if (next->period == Duration::zero()) return remove(next->id);
+  const auto late = std::max(Duration::zero(), Duration(wakeup.now - next->due));
+  next->due = later(next->due + late / next->period * next->period, next->period);
+  return next->fire;
 }
 
 }  // namespace vantile

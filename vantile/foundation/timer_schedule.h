@@ -33,13 +33,19 @@ class TimerSchedule {
   /// When the loop has to wake next.
   std::optional<Moment> next() const;
 
-  /// The latest due time that a wakeup at `now` serves: `now`, or somewhat later where a timer
-  /// that is due takes near ones along. Nothing when none is due.
-  std::optional<Moment> horizon(Moment now) const;
+  /// A wakeup: its time, and the timer that was due first in it.
+  struct Wakeup {
+    Moment now, firstDue;
+    Duration firstTolerance;
+  };
 
-  /// Takes the earliest timer due up to `horizon`, moving it on by its period or dropping it;
-  /// null when none is left.
-  Fire takeDue(Moment horizon, Moment now);
+  /// Begins to serve a wakeup at `now`; nothing when no timer is due.
+  std::optional<Wakeup> wakeUp(Moment now) const;
+
+  /// Takes the next timer that the wakeup serves, the earliest first, moving it on by its period or
+  /// dropping it; null when none is left. Those that are due are served, and those near the first
+  /// one. None is served twice in a wakeup.
+  Fire takeDue(const Wakeup& wakeup);
 
  private:
   struct Entry {

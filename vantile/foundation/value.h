@@ -54,7 +54,7 @@ class Value {
   Value(double number) : held_(number) {}                     // NOLINT(google-explicit-constructor)
   Value(std::string text) : held_(std::move(text)) {}         // NOLINT
   Value(std::string_view text) : held_(std::string(text)) {}  // NOLINT
-  Value(const char* text) : held_(std::string(text)) {}       // NOLINT
+  Value(const char* text) : held_(std::string(text ? text : "")) {}                // NOLINT
   Value(std::shared_ptr<const Date> date) : held_(std::move(date)) {}              // NOLINT
   Value(std::shared_ptr<const Image> image) : held_(std::move(image)) {}           // NOLINT
   Value(std::shared_ptr<Array> array) : held_(std::move(array)) {}                 // NOLINT

@@ -15,7 +15,7 @@ class WorkerQueue {
   virtual ~WorkerQueue() = default;
 
   /// macOS: dispatch_async_f on dispatch_get_global_queue(0, 0). Linux: threads of the library's
-  /// own that end when idle and block all signals but SIGALRM.
+  /// own that end when idle and block all signals but those of a fault of their own.
   virtual void submit(std::function<void()> work) = 0;
 
   /// Submits once `delay` has gone by. macOS: dispatch_after_f.

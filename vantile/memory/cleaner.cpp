@@ -16,10 +16,10 @@ namespace {
 constexpr std::int32_t smallBlock = 1024;
 constexpr std::size_t largeChunk = 256u << 20;
 constexpr unsigned largeChunkShift = 28;  // the same as a power of two
-constexpr std::size_t touchStep = 1024;   // no page is smaller
-constexpr unsigned settlePause = 1;       // seconds
-constexpr std::int64_t alarmDelay = 10;   // seconds
-constexpr unsigned lowReadings = 10;      // with no memory left, before growth ends
+constexpr std::size_t fillStep = 1024;
+constexpr unsigned settlePause = 1;      // seconds
+constexpr std::int64_t alarmDelay = 10;  // seconds
+constexpr unsigned lowReadings = 10;     // with no memory left, before growth ends
 
 // The setting that every change of the alarm replaced. It is taken and never put back.
 IntervalTimerSetting oldtv;
@@ -66,9 +66,9 @@ std::uint64_t freeBytes() {
   return info.free;
 }
 
-void touch(void* chunk) {
-  auto* const bytes = static_cast<volatile unsigned char*>(chunk);
-  for (std::size_t at = 0; at < largeChunk; at += touchStep) bytes[at] = 1;
+void fill(void* chunk) {
+  auto* const bytes = static_cast<unsigned char*>(chunk);
+  for (std::size_t at = 0; at < largeChunk; at += fillStep) std::memset(bytes + at, 1, fillStep);
 }
 
 memory_node* appendChunks(memory_node* last, std::uint64_t count) {
@@ -79,7 +79,7 @@ memory_node* appendChunks(memory_node* last, std::uint64_t count) {
     memory_node* const node = append(last, chunk);
     if (!node) return last;
     last = node;
-    touch(chunk);
+    fill(chunk);
     if (freeBytes() < 10 && ++low > lowReadings) return last;
   }
   return last;
@@ -89,7 +89,7 @@ int setAlarm(std::int64_t seconds) {
   IntervalTimerSetting previous;
   const int result = intervalTimer().set({.valueSeconds = seconds}, previous);
   const std::lock_guard lock(oldtvLock);
-  oldtv = previous;
+  if (result == 0) oldtv = previous;
   return result;
 }
 
@@ -113,6 +113,7 @@ int clear_memory(memory_cleaned done, std::uint32_t mode, std::int32_t* stop) no
     int_timer();
     runPasses(mode, stop);
     result = static_cast<int>(intervalTimer().pause(settlePause));
+    intervalTimer().leave();
     if (done) result = done();
   });
   return result;

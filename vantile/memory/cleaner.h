@@ -4,12 +4,12 @@
 
 #include "vantile/foundation/api.h"
 
-/// The memory cleaner: plain functions that put the system under memory pressure, so that it gives
-/// up caches and pages out what nobody uses, and then give all of it back. `KVDMemory::clearMemory`
-/// runs them in the background. None of them throws.
+/// The memory cleaner: functions of C linkage, for C++, that put the system under memory pressure,
+/// so that it gives up caches and pages out what nobody uses, and then give all of it back.
+/// `KVDMemory::clearMemory` runs them in the background. None of them throws.
 ///
-/// A stop flag is the caller's own; 1 asks the work to stop. It may be set from any thread, is read
-/// at every step and never written; a null flag never stops.
+/// A stop flag is the caller's own; 1 asks the work to stop. It may be set, atomically, from any
+/// thread, is read at every step and never written; a null flag never stops.
 
 extern "C" {
 
@@ -37,7 +37,8 @@ VANTILE_API extern std::int32_t stopClearMemory;
 /// after an early stop the alarm still fires. The signal may interrupt any thread of the host that
 /// does not block it, whose calls are taken up again where the system can.
 /// `mode` 1 takes small blocks only; any other mode also takes as much memory as is free.
-/// The result is that of `done`, or 0 without it. Blocks the calling thread.
+/// The result is that of `done`, or that of the pause, the seconds left of it, without one. Blocks
+/// the calling thread, which takes SIGALRM meanwhile.
 VANTILE_API int clear_memory(memory_cleaned done, std::uint32_t mode, std::int32_t* stop) noexcept;
 
 /// One pass's worth of blocks: the head of a new chain, for `auto_free`, or null when there is no
@@ -53,7 +54,7 @@ VANTILE_API void auto_free(memory_node* head) noexcept;
 VANTILE_API memory_node* add_memory_block(memory_node* node, std::int32_t size, std::int32_t count,
                                           std::int32_t* stop) noexcept;
 
-/// Appends a chunk of 256 MiB for each that is free, and one more, and touches every page of it;
+/// Appends a chunk of 256 MiB for each that is free, and one more, and writes all of it;
 /// fewer where the platform refuses a chunk. The chain's last node; null for a null `last`.
 VANTILE_API memory_node* add_memory_block_ex(memory_node* last) noexcept;
 

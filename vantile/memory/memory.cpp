@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "vantile/foundation/queue.h"
+#include "vantile/memory/cleaner.h"
 #include "vantile/memory/memory_dictionaries.h"
 #include "vantile/memory/memory_ports.h"
 #include "vantile/memory/shared_memory_monitor.h"
@@ -93,11 +94,13 @@ void KVDMemory::sample(Read read) {
 }
 
 void KVDMemory::memoryStats64() {
-  sample([this] { return ports_->host->statistics64(selfHost); });
+  guarded("a memory sample",
+          [this] { sample([this] { return ports_->host->statistics64(selfHost); }); });
 }
 
 void KVDMemory::memoryStats32() {
-  sample([this] { return ports_->host->statistics32(selfHost); });
+  guarded("a memory sample",
+          [this] { sample([this] { return ports_->host->statistics32(selfHost); }); });
 }
 
 void KVDMemory::initializeSwapPath() {

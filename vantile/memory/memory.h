@@ -12,8 +12,9 @@
 #include "vantile/foundation/monitor.h"
 #include "vantile/foundation/sample_lock.h"
 #include "vantile/foundation/value.h"
-#include "vantile/memory/cleaner.h"
 #include "vantile/memory/memory_keys.h"
+
+struct memory_info;  // cleaner.h
 
 namespace vantile {
 
@@ -22,12 +23,14 @@ struct MemoryPorts;
 /// Told of memory samples and finished cleaning runs. Each operation may be left empty.
 struct MemoryDelegate {
   /// After every successful sample: the memory and paging dictionaries of memory_keys.h, and the
-  /// swap dictionary at the first sample that has such a delegate, null from then on. The
+  /// swap dictionary at the first sample that has such a delegate, null from then on: swap space is
+  /// described once, not followed. The
   /// dictionaries are the callee's to read during the call; copy what is to be kept. Called on the
   /// thread that samples, one call at a time; a sample asked for from inside the call is skipped.
   std::function<void(const Dictionary& memory, const Dictionary& vm, const Dictionary* swap)>
       updateMemoryStatusWithVMStatusWithSwapDict;
-  /// Once a finished cleaning run, on the run's background thread.
+  /// Once a finished cleaning run, on the run's background thread. Only the delegate of the shared
+  /// monitor is told, whichever monitor started the run.
   std::function<void()> clearMemoryCompleted;
 };
 

@@ -16,7 +16,8 @@ inline constexpr Key memory_freepage{"memory_freepage"};          ///< truly fre
 inline constexpr Key memory_compressed{"memory_compressed"};      ///< what the compressor occupies
 inline constexpr Key memory_uncompressed{"memory_uncompressed"};  ///< what it holds
 
-// Paging, unsigned 64-bit: counts since boot, not bytes. Left out where the system keeps none.
+// Paging, unsigned 64-bit: counts, not bytes; since boot but where something else is said. Left out
+// where the system keeps none.
 inline constexpr Key vm_hits{"vm_hits"};        ///< of the page cache; absent on Linux
 inline constexpr Key vm_lookups{"vm_lookups"};  ///< of the page cache; absent on Linux
 inline constexpr Key vm_pageins{"vm_pageins"};
@@ -28,11 +29,14 @@ inline constexpr Key vm_purgeablecount{"vm_purgeablecount"};      ///< pages now
 inline constexpr Key vm_speculativecount{"vm_speculativecount"};  ///< pages now; absent on Linux
 inline constexpr Key vm_decompressions{"vm_decompressions"};
 inline constexpr Key vm_compressions{"vm_compressions"};
-inline constexpr Key vm_deltapageins{"vm_deltapageins"};    ///< since the sample before
-inline constexpr Key vm_deltapageouts{"vm_deltapageouts"};  ///< since the sample before
+inline constexpr Key vm_deltapageins{"vm_deltapageins"};    ///< since the sample before, see below
+inline constexpr Key vm_deltapageouts{"vm_deltapageouts"};  ///< since the sample before, see below
+// A monitor's first sample has none before it: its deltas are the whole counters. So are those of a
+// counter that went backwards, which was reset.
 
 // Swap.
-inline constexpr Key swap_path{"swap_path"};            ///< text: the swap files' folder
+/// Text: the folder of the swap files. Where there is no file to tell, "/private/var/vm/".
+inline constexpr Key swap_path{"swap_path"};
 inline constexpr Key swap_count{"swap_count"};          ///< unsigned 32-bit: swap files now
 inline constexpr Key swap_countpeak{"swap_countpeak"};  ///< unsigned 32-bit: most seen so far
 inline constexpr Key swap_size{"swap_size"};            ///< unsigned 64-bit: bytes of all of them

@@ -14,7 +14,7 @@ namespace vantile {
 namespace {
 
 /// What /bin/ps prints, as far as it is there while the program is seen running; nothing when it
-/// can't be started or read.
+/// can't be started or read. Bytes as they come: a piece may end inside a character.
 std::optional<std::string> readProcessList(ChildTasks& tasks) {
   const auto task = tasks.launch("/bin/ps", {"-axww"});
   if (!task) return std::nullopt;

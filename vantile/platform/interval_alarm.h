@@ -19,10 +19,14 @@ class IntervalAlarm {
  public:
   virtual ~IntervalAlarm() = default;
 
-  /// Lets `handler` handle SIGALRM. Calls that it interrupts are taken up again where the system
-  /// can. Both: signal. Linux: pthread_sigmask too, so that the calling thread at least receives
-  /// it.
+  /// Lets `handler` handle SIGALRM, for good. Calls that it interrupts are taken up again where the
+  /// system can. Both: signal. Linux: where the calling thread blocks the signal, one that is
+  /// pending from before is dropped and the thread takes it until `leave`, so that at least this
+  /// one does.
   virtual void handle(void (*handler)(int)) = 0;
+
+  /// Undoes what `handle` did to the calling thread. Linux: pthread_sigmask. macOS: nothing.
+  virtual void leave() {}
 
   /// Sets the timer; `previous` receives the setting that was there. 0, or -1 when refused.
   /// Both: setitimer, ITIMER_REAL.

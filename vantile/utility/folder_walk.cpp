@@ -72,7 +72,7 @@ class Walk {
   void closeOneFarther() {
     if (levels_.size() <= mostOpen) return;
     Level& farther = levels_[levels_.size() - mostOpen];
-    if (&farther == &levels_.front() || !farther.folder) return;
+    if (!farther.folder) return;
     if (!farther.identity) farther.identity = farther.folder->identity();
     if (farther.identity) farther.folder.reset();
   }

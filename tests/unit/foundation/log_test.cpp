@@ -34,6 +34,15 @@ TEST(Log, ASinkThatThrowsIsIgnored) {
   setLogSink(nullptr);
 }
 
+TEST(Log, ASinkMayLogWhichGoesToStandardError) {
+  ::testing::internal::CaptureStderr();
+  setLogSink([](std::string_view line) { logLine(std::string("about ") + std::string(line)); });
+  logLine("a line");
+  logLine("another");
+  setLogSink(nullptr);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "about a line\nabout another\n");
+}
+
 TEST(Guard, LetsTheResultOfGoodWorkStand) {
   int done = 0;
   guarded("work", [&] { ++done; });

@@ -26,8 +26,8 @@ class Schedule : public ::testing::Test {
   /// Serves one wakeup and tells who was called in it.
   std::string wake(double now) {
     fired.clear();
-    if (const auto horizon = timers.horizon(at(now)))
-      while (const auto fire = timers.takeDue(*horizon, at(now))) (*fire)();
+    if (const auto wakeup = timers.wakeUp(at(now)))
+      while (const auto fire = timers.takeDue(*wakeup)) (*fire)();
     return fired;
   }
 
@@ -115,6 +115,16 @@ TEST_F(Schedule, TheLongestPeriodEndsWithTime) {
   EXPECT_EQ(timers.next(), Moment::max());
   EXPECT_EQ(TimerSchedule::later(at(1), Duration::max()), Moment::max());
   EXPECT_EQ(TimerSchedule::later(at(1), seconds(1)), at(2));
+}
+
+TEST_F(Schedule, ThoseInBetweenThatAreNotNearAreNotTakenAlong) {
+  add('a', 100, seconds(60));
+  add('b', 105, seconds(60));
+  add('m', 100.5, seconds(1));
+  add('o', 103, TimerSchedule::Duration::zero());
+  EXPECT_EQ(wake(100), "ab");
+  EXPECT_EQ(wake(100.5), "m");
+  EXPECT_EQ(timers.next(), at(101.5));
 }
 
 TEST_F(Schedule, ARemovedTimerIsNotCalledAnyMore) {

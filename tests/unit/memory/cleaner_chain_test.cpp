@@ -151,15 +151,11 @@ TEST_F(Chain, TakesAChunkForEachThatIsFreeAndOneMore) {
   auto_free(head.next);
 }
 
-TEST_F(Chain, TouchesAChunkEveryKibibyte) {
+TEST_F(Chain, WritesEveryByteOfAChunk) {
   host.pages.free = pagesInChunk;
   pressure.mostChunks = 1;
   const auto* const chunk = static_cast<const char*>(add_memory_block_ex(&head)->data);
-  for (std::size_t at : {std::size_t{0}, std::size_t{1024}, chunkSize / 2, chunkSize - 1024})
-    EXPECT_EQ(chunk[at], 1) << at;
-  EXPECT_EQ(chunk[1], 0);
-  EXPECT_EQ(chunk[1023], 0);
-  EXPECT_EQ(chunk[chunkSize - 1], 0);
+  EXPECT_TRUE(std::all_of(chunk, chunk + chunkSize, [](char byte) { return byte == 1; }));
   auto_free(head.next);
 }
 

@@ -32,7 +32,7 @@ class Cleaner : public ::testing::Test {
 TEST_F(Cleaner, ArmsTheAlarmWorksWaitsAndCompletes) {
   pressure.onRequest = [this] { alarm.handler(14); };
   EXPECT_EQ(clear_memory(complete, 1, nullptr), 41);
-  EXPECT_EQ(alarm.log, (std::vector<std::string>{"handle", "set 0.0 10.0", "pause 1"}));
+  EXPECT_EQ(alarm.log, (std::vector<std::string>{"handle", "set 0.0 10.0", "pause 1", "leave"}));
   EXPECT_EQ(alarm.handler, signal_handler);
   EXPECT_EQ(completions, 1);
 }
@@ -50,7 +50,7 @@ TEST_F(Cleaner, AStopFlagThatIsSetAlreadyRunsNoPassButThePauseAndTheCompletion) 
   std::int32_t stop = 1;
   EXPECT_EQ(clear_memory(complete, 0, &stop), 41);
   EXPECT_EQ(pressure.requests, 0u);
-  EXPECT_EQ(alarm.log.back(), "pause 1");
+  EXPECT_EQ(alarm.log.at(2), "pause 1");
   EXPECT_EQ(stop, 1);
 }
 
@@ -83,6 +83,14 @@ TEST_F(Cleaner, APassThatCanNotBeginIsNoReasonToEnd) {
 TEST_F(Cleaner, WithoutACompletionTheResultIsThatOfThePause) {
   std::int32_t stop = 1;
   EXPECT_EQ(clear_memory(nullptr, 1, &stop), 0);
+  alarm.left = 3;
+  EXPECT_EQ(clear_memory(nullptr, 1, &stop), 3);
+}
+
+TEST_F(Cleaner, AnAlarmThatComesWithItsHandlerIsNotForgotten) {
+  alarm.onHandle = pressure.onRequest = [this] { alarm.handler(14); };
+  clear_memory(nullptr, 1, nullptr);
+  EXPECT_EQ(pressure.requests, 0u);
 }
 
 TEST_F(Cleaner, ALaterRunIsNotStoppedByAnEarlierAlarm) {
@@ -99,7 +107,7 @@ TEST_F(Cleaner, ALaterRunIsNotStoppedByAnEarlierAlarm) {
 TEST_F(Cleaner, TheAlarmIsNeitherDisarmedNorItsHandlerTakenAway) {
   pressure.onRequest = [this] { alarm.handler(14); };
   clear_memory(nullptr, 1, nullptr);
-  EXPECT_EQ(alarm.log.size(), 3u);
+  EXPECT_EQ(alarm.log.size(), 4u);
 }
 
 TEST_F(Cleaner, TheTimerFunctionsArmAndDisarm) {

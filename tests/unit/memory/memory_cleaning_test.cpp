@@ -5,14 +5,14 @@
 #include <thread>
 #include <utility>
 
-#include "fakes/gate.h"
+#include "vantile/memory/cleaner.h"
+
 #include "fakes/recorded_log.h"
 #include "unit/memory/memory_fixture.h"
 
 namespace vantile {
 namespace {
 
-using testing::Gate;
 using MemoryCleaning = testing::Memory;
 
 TEST_F(MemoryCleaning, RunsInTheBackgroundAndTellsTheDelegate) {
@@ -49,6 +49,16 @@ TEST_F(MemoryCleaning, TakesChunksLater) {
   }
 }
 
+TEST_F(MemoryCleaning, TakesChunksWhereTheVersionIsUnknown) {
+  const auto memory = monitor();
+  utility.version->told = std::nullopt;
+  host.pages.free = 65536;
+  endAfterOnePass();
+  memory->clearMemory(nullptr);
+  workers.runOne();
+  EXPECT_FALSE(ports.pressure->chunks.empty());
+}
+
 TEST_F(MemoryCleaning, TheVersionIsTakenWhenItIsAskedFor) {
   utility.version->told = "10.8";
   host.pages.free = 65536;
@@ -76,22 +86,17 @@ TEST_F(MemoryCleaning, KeepsTheMonitorAliveUntilItIsDone) {
 
 TEST_F(MemoryCleaning, TwoRunsNeverOverlap) {
   const auto memory = monitor();
-  Gate gate;
   std::atomic<int> inside = 0, mostInside = 0;
   delegate->clearMemoryCompleted = [&] {
     mostInside = std::max(mostInside.load(), ++inside);
-    gate.pass();
+    std::this_thread::yield();
     --inside;
   };
   std::int32_t stop = 1;
-  memory->clearMemory(&stop);
-  memory->clearMemory(&stop);
-  auto first = std::move(workers.waiting[0]), second = std::move(workers.waiting[1]);
-  std::thread one(first);
-  gate.awaitEntry();
-  std::thread other(second);
-  gate.open();
-  one.join();
+  for (int run = 0; run < 400; ++run) memory->clearMemory(&stop);
+  const auto half = workers.waiting.begin() + 200;
+  std::thread other([&] { std::for_each(half, workers.waiting.end(), [](auto& run) { run(); }); });
+  std::for_each(workers.waiting.begin(), half, [](auto& run) { run(); });
   other.join();
   EXPECT_EQ(mostInside, 1);
 }

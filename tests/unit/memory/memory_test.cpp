@@ -71,6 +71,15 @@ TEST_F(MemoryInit, AFailureIsSilentAndLeavesNoTimer) {
   EXPECT_EQ(host.reads64, 0);
 }
 
+TEST_F(MemoryInit, TheSystemsVersionIsAskedOnce) {
+  const auto memory = monitor();
+  utility.version->told = "10.3";
+  ports.swap->used = SwapUsage{12345, true};
+  memory->updateInfo();
+  EXPECT_EQ(host.reads64, 1);
+  EXPECT_EQ(ports.swap->usageReads, 1);
+}
+
 using MemorySample = testing::Memory;
 
 TEST_F(MemorySample, GoesThrough64BitsFromMavericksOn) {
@@ -246,9 +255,40 @@ TEST_F(MemorySample, AReadingThatWaitedBehindAnotherSampleIsTakenAgain) {
   EXPECT_EQ(reports.at(1).vm.uint64("vm_deltapageins"), 5u);
 }
 
+TEST_F(MemorySample, ASecondReadingThatIsRefusedSkipsTheSample) {
+  const auto memory = monitor();
+  bool overtaken = false;
+  host.onRead = [&] {
+    if (std::exchange(overtaken, true)) return;
+    host.reading.pageIns = 200;
+    std::thread([&] { memory->updateInfo(); }).join();
+    host.onRead = [this] { host.refuses = true; };
+  };
+  memory->updateInfo();
+  EXPECT_EQ(reports.size(), 1u);
+  host.onRead = nullptr;
+  host.refuses = false;
+  memory->updateInfo();
+  EXPECT_EQ(reports.at(1).vm.uint64("vm_deltapageins"), 0u);
+}
+
 TEST_F(MemorySample, ManyThreadsMaySampleAtOnce) {
   const auto memory = monitor();
   host.reading.pageIns = 100;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 50; ++round) memory->memoryStats64();
+      for (int round = 0; round < 50; ++round) memory->memoryStats32();
+      memory->swapStats();
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(reports.size(), 400u);
+}
+
+TEST_F(MemorySample, ManyThreadsMayRefreshTheRecordAtOnce) {
+  const auto memory = monitor();
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {

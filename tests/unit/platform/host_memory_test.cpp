@@ -84,8 +84,15 @@ TEST_F(LinuxHostMemoryTest, AReadingThatLacksACountIsNone) {
   EXPECT_EQ(host.host(), 1u);
 }
 
-TEST_F(LinuxHostMemoryTest, WithoutVmstatTheCountersAreAbsent) {
+TEST_F(LinuxHostMemoryTest, AReadingWithoutItsCountersIsNone) {
   folder.remove("proc/vmstat");
+  LinuxHostMemory fresh{LinuxRoots{folder.path("proc"), folder.path("sys")}};
+  fresh.lookUpStatistics64();
+  EXPECT_FALSE(fresh.statistics64(1));
+}
+
+TEST_F(LinuxHostMemoryTest, CountersThatTheKernelDoesNotKeepAreAbsent) {
+  folder.file("proc/vmstat", "nr_free_pages 1\n");
   const auto bare = reading();
   EXPECT_FALSE(bare.pageIns || bare.pageOuts || bare.faults || bare.purges);
   EXPECT_GT(bare.free, 0u);

@@ -10,8 +10,10 @@ namespace vantile {
 namespace {
 
 // Everything wanted but zswap's counters stands in the first 2.1 KB of vmstat, and the kernel
-// formats the file line by line: the rest would cost as much again.
+// formats the file line by line: the rest would cost as much again. How much it takes exactly is
+// learned; numbers may have grown that much longer at the next reading.
 constexpr std::size_t firstPartOfVmstat = 2304;
+constexpr std::size_t growthOfVmstat = 64;
 constexpr std::size_t allOfMeminfo = 4096;
 constexpr std::size_t allOfZramFile = 512;
 
@@ -31,7 +33,8 @@ LinuxHostMemory::LinuxHostMemory(const LinuxRoots& roots)
       pageSize_(static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE))),
       meminfo_(roots.proc + "/meminfo"),
       vmstat_(roots.proc + "/vmstat"),
-      zswapSwitch_(roots.sys + "/module/zswap/parameters/enabled") {}
+      zswapSwitch_(roots.sys + "/module/zswap/parameters/enabled"),
+      vmstatPart_(firstPartOfVmstat) {}
 
 std::uint32_t LinuxHostMemory::host() {
   const std::lock_guard lock(mutex_);
@@ -49,14 +52,18 @@ std::optional<Meminfo> LinuxHostMemory::meminfo() {
 std::optional<Vmstat> LinuxHostMemory::vmstat(const Meminfo& info) {
   zswapInUse_ = zswapInUse_ || info.zswapped.value_or(0) > 0;
   if (!zswapInUse_) {
-    const auto text = vmstat_.beginning(firstPartOfVmstat);
+    const auto text = vmstat_.beginning(vmstatPart_);
     const auto counters = text ? parseVmstat(*text) : Vmstat{};
-    if (counters.pgpgin && counters.pgpgout && counters.pgfault && counters.pglazyfreed)
+    if (counters.pgpgin && counters.pgpgout && counters.pgfault && counters.pglazyfreed) {
+      vmstatPart_ = counters.bytes + growthOfVmstat;
       return counters;
+    }
   }
   const auto text = vmstat_.text();
   if (!text) return std::nullopt;
-  return parseWholeVmstat(*text);
+  const auto counters = parseWholeVmstat(*text);
+  vmstatPart_ = counters.bytes + growthOfVmstat;
+  return counters;
 }
 
 bool LinuxHostMemory::searchIsDue(const Meminfo& info) {
@@ -75,7 +82,8 @@ void LinuxHostMemory::readZram(bool unusedToo) {
   zram_.beginReading();
   for (auto device = zramDevices_.begin(); device != zramDevices_.end();) {
     const bool wanted = unusedToo || device->second.used;
-    if (!wanted || addZram(device->first, device->second)) {
+    const auto folder = blockDevices_ + "/" + device->first;
+    if (!wanted || addZram(device->first, device->second) || ::access(folder.c_str(), F_OK) == 0) {
       ++device;
     } else {
       zram_.forget(device->first);
@@ -84,7 +92,7 @@ void LinuxHostMemory::readZram(bool unusedToo) {
   }
 }
 
-/// False when the device is gone.
+/// False when its files could not be read: it may be gone.
 bool LinuxHostMemory::addZram(const std::string& name, ZramDevice& device) {
   const auto mmStat = device.memory.beginning(allOfZramFile);
   const auto memory = mmStat ? parseZramMemory(*mmStat) : std::nullopt;
@@ -115,8 +123,9 @@ std::optional<VirtualMemoryReading> LinuxHostMemory::read() {
   const bool searching = searchIsDue(*info);
   if (searching) findCompressors(*info);
   const auto counters = vmstat(*info);
+  if (!counters) return std::nullopt;
   readZram(searching);
-  return memory_.reading(*info, counters.value_or(Vmstat{}), zram_.totals(), pageSize_);
+  return memory_.reading(*info, *counters, zram_.totals(), pageSize_);
 }
 
 std::optional<VirtualMemoryReading> LinuxHostMemory::statistics64(std::uint32_t) {

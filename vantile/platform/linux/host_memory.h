@@ -47,6 +47,7 @@ class LinuxHostMemory final : public HostMemory {
 
   std::mutex mutex_;  // over all below
   KeptFile meminfo_, vmstat_, zswapSwitch_;
+  std::size_t vmstatPart_;  // bytes to read where zswap is not in use
   bool zswapInUse_ = false;
   std::map<std::string, ZramDevice> zramDevices_;
   std::optional<std::uint64_t> swapTotal_;  // when the devices were last looked for

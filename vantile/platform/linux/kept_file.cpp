@@ -9,11 +9,13 @@ namespace vantile {
 namespace {
 
 constexpr std::size_t piece = 4096;
+constexpr std::size_t longest = 16u << 20;  // a file without an end is cut off somewhere
 
 }  // namespace
 
 std::optional<std::size_t> KeptFile::readAt(std::size_t offset, std::size_t most) {
-  if (!descriptor_) descriptor_ = Descriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!descriptor_)
+    descriptor_ = Descriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!descriptor_) return std::nullopt;
   if (buffer_.size() < offset + most) buffer_.resize(offset + most);
   ssize_t count = 0;
@@ -38,7 +40,7 @@ std::optional<std::string_view> KeptFile::text() {
   while (true) {
     const auto count = readAt(size, piece);
     if (!count) return std::nullopt;
-    if (*count == 0) return std::string_view(buffer_.data(), size);
+    if (*count == 0 || size > longest) return std::string_view(buffer_.data(), size);
     size += *count;
   }
 }

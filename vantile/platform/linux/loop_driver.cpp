@@ -39,26 +39,28 @@ class LinuxLoopDriver final : public LoopDriver {
   LinuxLoopDriver() : wakeup_(checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {}
 
   void attach(std::function<void()> serve) override;
+  void detach() override;
   Moment now() override { return std::chrono::steady_clock::now(); }
   void wakeAt(std::optional<Moment> moment) override;
   void wake() override;
   void run() override;
   void stop() override;
-  int fd() override { return sd_event_get_fd(event_.get()); }
+  int fd() override { return event_ ? sd_event_get_fd(event_.get()) : -1; }
   void dispatch() override;
 
  private:
   static int onWakeup(sd_event_source*, int fd, std::uint32_t, void* driver);
   static int onTime(sd_event_source*, std::uint64_t, void* driver);
-  /// One round of the loop; false when there was nothing to do in the time given.
-  bool serveOnce(std::uint64_t timeoutMicroseconds);
+  /// One round of the loop: positive when something was served, 0 when nothing was in the time
+  /// given, negative when the loop can't go on.
+  int serveOnce(std::uint64_t timeoutMicroseconds);
 
   const Descriptor wakeup_;
   std::function<void()> serve_;
   std::unique_ptr<sd_event, Unreference> event_;
   std::unique_ptr<sd_event_source, Unreference> time_, wakeupSource_;
-  std::optional<Moment> wakeAt_;
   std::atomic<bool> stopped_ = false;
+  bool failed_ = false;
 };
 
 void LinuxLoopDriver::attach(std::function<void()> serve) {
@@ -75,6 +77,12 @@ void LinuxLoopDriver::attach(std::function<void()> serve) {
           "sd_event_add_time");
   time_.reset(source);
   checked(sd_event_source_set_enabled(source, SD_EVENT_OFF), "sd_event_source_set_enabled");
+}
+
+void LinuxLoopDriver::detach() {
+  time_.reset();
+  wakeupSource_.reset();
+  event_.reset();
 }
 
 void LinuxLoopDriver::wakeAt(std::optional<Moment> moment) {
@@ -105,17 +113,19 @@ int LinuxLoopDriver::onTime(sd_event_source*, std::uint64_t, void* driver) {
   return 0;
 }
 
-bool LinuxLoopDriver::serveOnce(std::uint64_t timeoutMicroseconds) {
-  const int result = sd_event_run(event_.get(), timeoutMicroseconds);
-  if (result == -EINTR) return true;
-  if (result < 0) logLine(std::string("the run loop can't go on: ") + std::strerror(-result));
-  return result > 0;
+int LinuxLoopDriver::serveOnce(std::uint64_t timeoutMicroseconds) {
+  const int result = event_ ? sd_event_run(event_.get(), timeoutMicroseconds) : -ENOTCONN;
+  if (result == -EINTR) return 1;
+  if (result < 0 && !failed_)
+    logLine(std::string("the run loop can't go on: ") + std::strerror(-result));
+  failed_ = result < 0;
+  return result;
 }
 
 void LinuxLoopDriver::run() {
   constexpr std::uint64_t forever = UINT64_MAX;
   while (!stopped_.exchange(false))
-    if (!serveOnce(forever)) return;
+    if (serveOnce(forever) < 0) return;
 }
 
 void LinuxLoopDriver::stop() {
@@ -126,7 +136,7 @@ void LinuxLoopDriver::stop() {
 void LinuxLoopDriver::dispatch() {
   // Bounded, so that a source that is always ready does not keep the host from its own work; the
   // descriptor then stays readable.
-  for (int rounds = 0; rounds < 64 && serveOnce(0); ++rounds) {
+  for (int rounds = 0; rounds < 64 && serveOnce(0) > 0; ++rounds) {
   }
 }
 

@@ -22,7 +22,8 @@ std::optional<MemoryRoom> roomOf(const std::string& folder, bool unified) {
     limit = std::min(*high, limit.value_or(*high));  // above it, the group is slowed to a crawl
   const auto usage = number(unified ? "/memory.current" : "/memory.usage_in_bytes");
   const auto statistics = readFile(folder + "/memory.stat");
-  if (!limit || !usage) return std::nullopt;
+  if (!limit) return std::nullopt;
+  if (!usage) return MemoryRoom{*limit, 0};  // it may be full
   return groupRoom(*limit, *usage, statistics ? reclaimableCache(*statistics, unified) : 0);
 }
 

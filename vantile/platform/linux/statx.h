@@ -11,12 +11,10 @@
 
 namespace vantile {
 
-/// What statx says of `name` in the folder `at`, or nothing. The kernel is not made to ask a
-/// server first.
+/// What statx says of `name` in the folder `at`, or nothing.
 inline std::optional<struct statx> statusOf(int at, const char* name, int flags, unsigned mask) {
   struct statx status = {};
-  if (::statx(at, name, flags | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, mask, &status) != 0)
-    return std::nullopt;
+  if (::statx(at, name, flags | AT_NO_AUTOMOUNT, mask, &status) != 0) return std::nullopt;
   return status;
 }
 

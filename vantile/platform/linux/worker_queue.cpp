@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "vantile/foundation/log.h"
+#include "vantile/foundation/timer_schedule.h"
 
 namespace vantile {
 namespace {
@@ -26,13 +27,15 @@ constexpr unsigned mostThreads = 64;
 constexpr auto idleLife = std::chrono::seconds(5);
 
 /// Blocks the host's signals on the threads that are started in its scope, so that they are handled
-/// on the host's own threads. SIGALRM, by which the cleaner ends, may come anywhere.
+/// on the host's own threads. Those that a thread brings upon itself come to it, so that a host's
+/// crash handler sees them.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
     sigset_t blocked;
     sigfillset(&blocked);
-    sigdelset(&blocked, SIGALRM);
+    for (const int open : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS})
+      sigdelset(&blocked, open);
     ::pthread_sigmask(SIG_SETMASK, &blocked, &before_);
   }
   ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
@@ -54,7 +57,7 @@ class ThreadPool final : public WorkerQueue {
 
   void submitAfter(std::chrono::nanoseconds delay, std::function<void()> work) override {
     const std::lock_guard lock(mutex_);
-    later_.emplace(Clock::now() + delay, std::move(work));
+    later_.emplace(TimerSchedule::later(Clock::now(), delay), std::move(work));
     seeToIt();
   }
 
@@ -106,7 +109,8 @@ class ThreadPool final : public WorkerQueue {
       }
       if (later_.empty() && now >= end) return nullptr;
       ++idle_;
-      changed_.wait_until(lock, later_.empty() ? end : later_.begin()->first);
+      const auto until = later_.empty() ? end : later_.begin()->first;  // a copy: it may be gone
+      changed_.wait_until(lock, until);
       --idle_;
     }
   }

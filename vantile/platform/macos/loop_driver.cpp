@@ -37,6 +37,7 @@ class MacosLoopDriver final : public LoopDriver {
   ~MacosLoopDriver() override;
 
   void attach(std::function<void()> serve) override;
+  void detach() override;
   bool attachesAnywhere() const override { return find_ != nullptr; }
   Moment now() override;
   void wakeAt(std::optional<Moment> moment) override;
@@ -72,6 +73,10 @@ MacosLoopDriver::MacosLoopDriver(CFRunLoopRef (*find)()) : find_(find) {
 }
 
 MacosLoopDriver::~MacosLoopDriver() {
+  detach();
+}
+
+void MacosLoopDriver::detach() {
   CFRunLoopTimerInvalidate(timer_.get());
   CFRunLoopSourceInvalidate(source_.get());
 }

@@ -34,6 +34,9 @@ class NamedNumbers {
   /// as "MemTotal:" or "pgpgin ".
   std::optional<std::uint64_t> find(std::string_view name);
 
+  /// Where the line that was found last ends, with its newline; 0 before one was.
+  std::size_t position() const { return next_; }
+
  private:
   std::optional<std::size_t> lineOf(std::string_view name, std::size_t from, std::size_t to) const;
 

@@ -11,6 +11,7 @@ Vmstat firstPart(NamedNumbers& lines) {
   counters.pgpgout = lines.find("pgpgout ");
   counters.pgfault = lines.find("pgfault ");
   counters.pglazyfreed = lines.find("pglazyfreed ");
+  counters.bytes = lines.position();
   return counters;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -12,6 +13,7 @@ struct Vmstat {
   std::optional<std::uint64_t> pgfault;
   std::optional<std::uint64_t> pglazyfreed;
   std::optional<std::uint64_t> zswpin, zswpout;  ///< pages; near the end of the file
+  std::size_t bytes = 0;  ///< of the text, up to the end of the last line that was looked up
 };
 
 /// Reads the counters that stand in the first part of the file.
