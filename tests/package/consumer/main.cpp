@@ -1,6 +1,8 @@
-// A host outside the project, which happens to have functions of the library's names of its own.
+// A host outside the project, which happens to have a function of one of the
+// library's names.
 
 #include <vantile/foundation/queue.h>
+#include <vantile/memory/cleaner.h>
 #include <vantile/memory/memory.h>
 #include <vantile/utility/folder_functions.h>
 #include <vantile/utility/general_utility.h>
@@ -11,9 +13,6 @@
 
 extern "C" void signal_handler(int) noexcept {
   std::puts("the host's own");
-}
-extern "C" int get_memory_info(memory_info*) noexcept {
-  return 99;
 }
 
 namespace {
