@@ -4,6 +4,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <vantile/foundation/run_loop.h>
+#include <vantile/memory/cleaner.h>
 #include <vantile/memory/memory.h>
 
 #include <algorithm>

@@ -14,7 +14,9 @@ namespace {
 
 constexpr std::chrono::seconds swapLookInterval{10};
 
-// A monitor tells of swap once in its life, so a dashboard that wants to keep up asks a new one.
+// A monitor gives the swap dictionary once in its life, and the running one gave it with its first
+// sample. A dashboard that wants to keep up therefore asks a fresh one. On Linux that is cheap: it
+// reads a few short files of the kernel's and starts no program, timer or thread.
 void lookAtSwap(MemoryFigures& figures) {
   const auto monitor = KVDMemory::init();
   if (!monitor) return;

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <vantile/foundation/value.h>
+
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
-
-#include "vantile/foundation/value.h"
 
 namespace vantile::host {
 

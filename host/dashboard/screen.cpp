@@ -27,12 +27,12 @@ void drawTooSmall(Region region) {
 
 void drawHead(Region row, const Surroundings& around) {
   int x = 1;
-  x += row.text(x, 0, "vantile-host", {Colour::Teal, Colour::Default, true});
-  x += 2;
+  x += row.text(x, 0, "vantile-host", {Colour::Teal, Colour::Default, true}) + 1;
+  const auto where = around.machine.empty() ? "" : "on " + around.machine;
   const auto when =
       "every " + formatSpan(static_cast<std::uint64_t>(around.interval)) + "  " + around.clock;
-  const bool both = x + cellsOf(printable(around.machine)) + cellsOf(when) + 2 <= row.width();
-  if (both) row.text(x, 0, around.machine, faint);
+  const bool both = x + cellsOf(printable(where)) + cellsOf(when) + 3 <= row.width();
+  if (both) row.text(x, 0, where, faint);
   row.textEndingAt(row.width() - 1, 0, both ? when : around.clock, faint);
 }
 

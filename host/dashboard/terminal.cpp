@@ -5,33 +5,63 @@
 
 #include <curses.h>
 #include <sys/ioctl.h>
+#include <term.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <exception>
 #include <map>
+#include <string>
 #include <string_view>
 #include <utility>
 
+#include "dashboard/terminal_rescue.h"
 #include "output.h"
 
 namespace vantile::host {
 namespace {
 
 SCREEN* inUse = nullptr;
+TerminalRescue* rescue = nullptr;
 std::terminate_handler previousTerminate = nullptr;
 
 void giveBack() {
   if (!inUse) return;
   inUse = nullptr;
   endwin();
+  rescue->disarm();
 }
 
 [[noreturn]] void giveBackAndTerminate() {
   giveBack();
   if (previousTerminate) previousTerminate();
   std::abort();
+}
+
+std::string resetting;
+int appendToReset(int character) {
+  if (character != 0) resetting += static_cast<char>(character);  // 0 only passes time
+  return character;
+}
+
+/// What `endwin` writes, and more, for when it cannot be called.
+std::string resetSequence() {
+  resetting.clear();
+  const auto add = [](const char* name) {
+    const char* const text = tigetstr(name);
+    if (!text || text == reinterpret_cast<const char*>(-1)) return false;
+    tputs(text, 1, appendToReset);
+    return true;
+  };
+  add("rmacs");
+  add("sgr0");
+  add("op");
+  add("rmkx");
+  // Without a screen of our own to leave, ours is at least not left under the shell's prompt.
+  if (!add("rmcup")) add("clear");
+  add("cnorm");
+  return resetting;
 }
 
 /// The colours on terminals of 256 and of 8; -1 is the terminal's own.
@@ -69,7 +99,7 @@ ColourNumbers numbersOf(Colour colour) {
 
 class CursesTerminal final : public Terminal {
  public:
-  explicit CursesTerminal(SCREEN* screen);
+  CursesTerminal(std::unique_ptr<TerminalRescue> rescuer, SCREEN* screen);
   ~CursesTerminal() override;
 
   Size size() const override { return {getmaxx(stdscr), getmaxy(stdscr)}; }
@@ -80,13 +110,17 @@ class CursesTerminal final : public Terminal {
  private:
   short pair(Style style);
 
+  std::unique_ptr<TerminalRescue> rescue_;
   SCREEN* screen_;
   const bool utf8_ = terminalTakesUtf8();
   bool coloured_ = false;
   std::map<std::pair<Colour, Colour>, short> pairs_;
 };
 
-CursesTerminal::CursesTerminal(SCREEN* screen) : screen_(screen) {
+CursesTerminal::CursesTerminal(std::unique_ptr<TerminalRescue> rescuer, SCREEN* screen)
+    : rescue_(std::move(rescuer)), screen_(screen) {
+  rescue = rescue_.get();
+  rescue->arm(resetSequence());
   inUse = screen;
   static const bool once = [] {
     std::atexit(giveBack);
@@ -180,9 +214,10 @@ std::optional<KeyPress> CursesTerminal::key() {
 
 std::unique_ptr<Terminal> Terminal::open() {
   terminalTakesUtf8();  // sets the locale that curses is to draw in
+  auto rescuer = std::make_unique<TerminalRescue>();
   SCREEN* const screen = newterm(nullptr, stdout, stdin);
   if (!screen) return nullptr;
-  return std::make_unique<CursesTerminal>(screen);
+  return std::make_unique<CursesTerminal>(std::move(rescuer), screen);
 }
 
 }  // namespace vantile::host

@@ -10,7 +10,7 @@ namespace vantile::host {
 enum class KeyPress { Quit, NextPage, PreviousPage, Redraw, Other };
 
 /// The terminal in full-screen use. Given back when this goes and, should that not come to pass,
-/// when the process exits or terminates.
+/// when the process exits, terminates or is ended by a signal that can be caught.
 class Terminal {
  public:
   /// Null when the terminal cannot move its cursor or is not known.

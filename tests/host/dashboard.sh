@@ -5,6 +5,15 @@ command -v tmux >/dev/null || skip "tmux is not installed"
 
 SOCKET=vantile-host-test-$$
 unset TMUX NO_COLOR
+ulimit -c 0 # for the crashes that are to come
+
+# A build with a sanitizer would end in its own way.
+own='handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:handle_abort=0'
+ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}$own
+TSAN_OPTIONS=${TSAN_OPTIONS:+$TSAN_OPTIONS:}$own
+UBSAN_OPTIONS=${UBSAN_OPTIONS:+$UBSAN_OPTIONS:}$own
+export ASAN_OPTIONS TSAN_OPTIONS UBSAN_OPTIONS
+
 LC_ALL=C.UTF-8
 export LC_ALL
 
@@ -37,7 +46,7 @@ typed() {
 }
 
 # A shell that stays, so that there is something to give the terminal back to.
-terminal new-session -d -x 80 -y 24 "PS1='ready> ' sh" || skip "tmux cannot start here"
+terminal new-session -d -x 80 -y 24 "PS1='ready> ' sh" || fail "tmux cannot start"
 appears "ready>" || fail "no shell in the terminal"
 stty_before=$(modes)
 
@@ -56,6 +65,10 @@ given_back() {
   check "$2: the terminal's modes are as before" [ "$stty_before" = "$(modes)" ]
 }
 
+number() {
+  env kill -l "$1"
+}
+
 process() {
   ps -o pid= -o comm= -t "$(terminal display-message -p '#{pane_tty}' | sed 's,/dev/,,')" |
     awk '$2 == "vantile-host" { print $1 }'
@@ -70,6 +83,7 @@ screen | grep -q '█' || fail "there are no bars"
 
 terminal resize-window -x 120 -y 40
 appears "╮╭─ Memory used" || fail "a wide terminal has no columns"
+appears "vantile-host on $(uname -n)" || fail "the machine is not named"
 terminal resize-window -x 40 -y 12
 appears "page 1 of 2" || fail "a small terminal has no pages"
 typed Tab
@@ -81,16 +95,11 @@ appears "■ Used" || fail "the terminal's growth is not followed"
 typed q
 given_back 0 "q"
 
-for signal in INT TERM HUP QUIT; do
-  case $signal in
-    HUP) status=129 ;;
-    INT) status=130 ;;
-    QUIT) status=131 ;;
-    TERM) status=143 ;;
-  esac
+# First those that it takes as requests to end, then some that end it where it stands.
+for signal in INT TERM HUP QUIT SEGV ABRT BUS FPE ILL XCPU USR1 USR2 ALRM; do
   dashboard "■ Used"
   kill -s "$signal" "$(process)"
-  given_back "$status" "SIG$signal"
+  given_back $((128 + $(number "$signal"))) "SIG$signal"
 done
 
 typed "clear; TERM=nonesuch '$HOST'; echo ended with \$?" Enter

@@ -42,12 +42,21 @@ class HostScreen : public testing::Test {
 };
 
 TEST_F(HostScreen, HasAHeadFramesAndAFoot) {
-  const auto rows = drawn({40, 24});
-  EXPECT_EQ(rows[0], " vantile-host  box  every 1 s  12:34:56 ");
-  EXPECT_EQ(rows[1], "╭─ One ─────────────────────── a note ─╮");
-  EXPECT_EQ(rows[2], "│ inside One                           │");
+  const auto rows = drawn({42, 24});
+  EXPECT_EQ(rows[0], " vantile-host on box  every 1 s  12:34:56 ");
+  EXPECT_EQ(rows[1], "╭─ One ───────────────────────── a note ─╮");
+  EXPECT_EQ(rows[2], "│ inside One                             │");
   EXPECT_EQ(rows[23].substr(0, 7), " q quit");
   EXPECT_EQ(pages, 1u);
+}
+
+TEST_F(HostScreen, ANarrowOneHasTheTimeAlone) {
+  EXPECT_EQ(drawn({41, 24})[0], " vantile-host                   12:34:56 ");
+}
+
+TEST_F(HostScreen, AMachineWithoutANameGoesUnmentioned) {
+  around.machine.clear();
+  EXPECT_EQ(drawn({42, 24})[0], " vantile-host         every 1 s  12:34:56 ");
 }
 
 TEST_F(HostScreen, ALowOneHasTitleLinesInsteadOfFrames) {
