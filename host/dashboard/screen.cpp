@@ -63,6 +63,7 @@ std::size_t drawScreen(Canvas& canvas, const std::vector<std::unique_ptr<Pane>>&
   const auto area = whole.part({0, 1, whole.width(), whole.height() - 2});
   const Size size{area.width(), area.height()};
   std::vector<PaneRows> rows;
+  rows.reserve(panes.size());
   for (const auto& pane : panes) rows.push_back(pane->rows());
   const auto pages = layOut(rows, size);
   const auto page = std::min(around.page, pages.size() - 1);

@@ -52,7 +52,7 @@ class Package(unittest.TestCase):
 
     def test_a_cmake_project_finds_and_uses_it(self):
         build = self.work / 'cmake'
-        run('cmake', '-S', CONSUMER, '-B', build, f'-DCMAKE_PREFIX_PATH={self.prefix}')
+        run('cmake', '-G', 'Ninja', '-S', CONSUMER, '-B', build, f'-DCMAKE_PREFIX_PATH={self.prefix}')
         run('cmake', '--build', build)
         self.assertEqual(run(build / 'consumer', env=self.environment), 'ok\n')
 
