@@ -261,6 +261,20 @@ TEST_F(RealLoop, TheMainLoopTakesPostsBeforeItsThreadAsksForIt) {
       ::testing::ExitedWithCode(0), "");
 }
 
+TEST_F(RealLoop, OneThatIsHeldBeyondItsThreadIsHarmless) {
+  std::shared_ptr<RunLoop> held;
+  Timer timer;
+  onNewThread([&] {
+    held = RunLoop::current().shared_from_this();
+    timer = held->every(milliseconds(1), [] {});
+  });
+  held->post([] {});
+  held->stop();
+  timer.invalidate();
+  EXPECT_EQ(held->fd(), -1);
+  held.reset();
+}
+
 TEST_F(RealLoop, ManyThreadsMayPostAndSetTimersAtOnce) {
   onNewThread([] {
     RunLoop& loop = RunLoop::current();

@@ -74,5 +74,46 @@ TEST_F(IntervalAlarmTest, APauseOfNothingLeavesNothing) {
   EXPECT_EQ(alarm->pause(0), 0u);
 }
 
+/// Blocks SIGALRM on this thread, as a host does that takes it from a descriptor.
+struct BlockedAlarmTest : IntervalAlarmTest {
+  BlockedAlarmTest() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGALRM);
+    ::pthread_sigmask(SIG_BLOCK, &set, &before);
+    alarms = 0;
+  }
+  ~BlockedAlarmTest() override { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
+  static bool isBlocked() {
+    sigset_t now;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &now);
+    return sigismember(&now, SIGALRM) == 1;
+  }
+
+  sigset_t before;
+};
+
+TEST_F(BlockedAlarmTest, AnAlarmFromBeforeIsDropped) {
+  ::raise(SIGALRM);
+  alarm->handle(countAlarm);
+  EXPECT_EQ(alarms, 0);
+  ::raise(SIGALRM);
+  EXPECT_EQ(alarms, 1);
+}
+
+TEST_F(BlockedAlarmTest, TheThreadTakesItUntilItLeaves) {
+  alarm->handle(countAlarm);
+  EXPECT_FALSE(isBlocked());
+  alarm->leave();
+  EXPECT_TRUE(isBlocked());
+}
+
+TEST_F(IntervalAlarmTest, AThreadThatDidNotBlockItIsLeftAsItWas) {
+  alarm->handle(countAlarm);
+  alarm->leave();
+  EXPECT_FALSE(BlockedAlarmTest::isBlocked());
+}
+
 }  // namespace
 }  // namespace vantile
