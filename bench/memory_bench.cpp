@@ -6,6 +6,7 @@
 #include <statgrab.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -58,6 +59,16 @@ bool used(const std::string& folder) {
   return text.find_first_of("123456789") != std::string::npos;
 }
 
+/// How much of vmstat a tick reads: to the end of the last counter wanted, and what numbers may
+/// have grown by since the reading before.
+std::size_t partOfVmstat() {
+  std::ifstream file("/proc/vmstat");
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const auto last = std::max(text.find("\npgfault "), text.find("\npglazyfreed "));
+  const auto end = last < text.size() ? text.find('\n', last + 1) : std::string::npos;
+  return end < text.size() ? end + 1 + 64 : 2304;
+}
+
 /// The files of a tick with as much of each as it reads.
 std::vector<KernelFile> filesOfATick() {
   std::vector<KernelFile> files;
@@ -66,7 +77,7 @@ std::vector<KernelFile> filesOfATick() {
     if (descriptor >= 0) files.push_back({descriptor, most});
   };
   add("/proc/meminfo", 4096);
-  add("/proc/vmstat", 2304);
+  add("/proc/vmstat", partOfVmstat());
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator("/sys/block", error)) {
     const auto folder = entry.path().string();
