@@ -203,6 +203,16 @@ TEST_F(LinuxHostMemoryTest, AZramDeviceThatVanishesTakesNoCounterBack) {
   EXPECT_EQ(after.pageOuts, 1950u);
 }
 
+TEST_F(LinuxHostMemoryTest, AZramDeviceThatCanNotBeReadOnceIsNotCountedTwice) {
+  zram("zram0", 300, 50);
+  EXPECT_EQ(reading().compressions, 50u);
+  folder.file("sys/block/zram0/mm_stat", "");
+  EXPECT_EQ(reading().compressions, 50u);
+  zram("zram0", 300, 60);
+  readings(16);
+  EXPECT_EQ(reading().compressions, 60u);
+}
+
 TEST_F(LinuxHostMemoryTest, AZramDeviceThatComesBackUnderItsNameCountsOn) {
   zram("zram0", 300, 50);
   (void)reading();

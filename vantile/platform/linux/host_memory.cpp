@@ -82,14 +82,17 @@ void LinuxHostMemory::readZram(bool unusedToo) {
   zram_.beginReading();
   for (auto device = zramDevices_.begin(); device != zramDevices_.end();) {
     const bool wanted = unusedToo || device->second.used;
-    const auto folder = blockDevices_ + "/" + device->first;
-    if (!wanted || addZram(device->first, device->second) || ::access(folder.c_str(), F_OK) == 0) {
+    if (!wanted || addZram(device->first, device->second) || isThere(device->first)) {
       ++device;
     } else {
       zram_.forget(device->first);
       device = zramDevices_.erase(device);
     }
   }
+}
+
+bool LinuxHostMemory::isThere(const std::string& device) const {
+  return ::access((blockDevices_ + "/" + device).c_str(), F_OK) == 0;
 }
 
 /// False when its files could not be read: it may be gone.

@@ -39,6 +39,7 @@ class LinuxHostMemory final : public HostMemory {
   void findCompressors(const Meminfo& info);
   void readZram(bool unusedToo);
   bool addZram(const std::string& name, ZramDevice& device);
+  bool isThere(const std::string& device) const;
   void findZramDevices();
 
   const std::string blockDevices_;
