@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 
 #include "vantile/utility/utility_ports.h"
 
+#include "fakes/fake_disk.h"
 #include "fakes/folder_tree.h"
 
 namespace vantile::testing {
@@ -17,12 +19,21 @@ namespace vantile::testing {
 /// Folders that no machine has.
 class FakeStandardFolders final : public StandardFolders {
  public:
-  std::string home() override { return "/users/ada"; }
-  std::string downloads() override { return "/users/ada/Down"; }
-  std::string library() override { return "/users/ada/Lib"; }
-  std::string preferences() override { return "/users/ada/Prefs"; }
-  std::string applications() override { return "/apps"; }
-  std::string trash() override { return "/users/ada/Bin"; }
+  std::string home() override { return homeFolder; }
+  std::string downloads() override { return homeFolder + "/Down"; }
+  std::string library() override { return homeFolder + "/Lib"; }
+  std::string preferences() override { return homeFolder + "/Prefs"; }
+  std::string applications() override { return applicationsFolder; }
+  std::string trash() override { return trashFolder; }
+  void makeTrash() override {
+    ++trashesMade;
+    if (onMakeTrash) onMakeTrash();
+  }
+
+  std::string homeFolder = "/users/ada", applicationsFolder = "/apps";
+  std::string trashFolder = "/users/ada/Bin";
+  int trashesMade = 0;
+  std::function<void()> onMakeTrash;
 };
 
 class FakeSystemVersion final : public SystemVersion {
@@ -50,11 +61,22 @@ class FakeApplications final : public Applications {
  public:
   bool isApplication(std::string_view name, FileKind kind, const Contents& contents) override {
     asked.emplace_back(name);
+    if (onAsked) onAsked(name);
     if (kind == FileKind::folder) return name.ends_with(".app");
     return kind == FileKind::regular && name.ends_with(".desktop") && contents() == "application";
   }
 
+  bool isApplicationExtension(std::string_view extension) override {
+    return extension == "app" || extension == "desktop";
+  }
+  std::optional<std::string> displayName(const std::string& path) override {
+    const auto found = names.find(path);
+    return found == names.end() ? std::nullopt : found->second;
+  }
+
   std::vector<std::string> asked;
+  std::function<void(std::string_view name)> onAsked;
+  std::map<std::string, std::optional<std::string>> names;  ///< that users see, by path
 };
 
 /// While it lives, the utility layer stands on fakes.
@@ -66,6 +88,15 @@ class FakeUtilityPorts {
   ~FakeUtilityPorts() { UtilityPorts::installed() = std::move(before_); }
   FakeUtilityPorts(const FakeUtilityPorts&) = delete;
   FakeUtilityPorts& operator=(const FakeUtilityPorts&) = delete;
+
+  /// Puts the folders on a disk, and looks at files and folders there.
+  void standOn(const std::shared_ptr<FakeDisk>& disk) {
+    folders->homeFolder = "/disk/home";
+    folders->applicationsFolder = "/disk/apps";
+    folders->trashFolder = "/disk/home/Bin";
+    UtilityPorts::installed().files = disk;
+    UtilityPorts::installed().reader = disk->tree;
+  }
 
   std::shared_ptr<FakeStandardFolders> folders = std::make_shared<FakeStandardFolders>();
   std::shared_ptr<FakeSystemVersion> version = std::make_shared<FakeSystemVersion>();

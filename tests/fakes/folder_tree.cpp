@@ -177,20 +177,29 @@ std::unique_ptr<OpenFolder> FolderTree::opened(Node* folder) {
   return std::make_unique<OpenTreeFolder>(*this, *folder);
 }
 
+FolderTree::Node* FolderTree::nodeAt(std::string_view path) {
+  while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
+  if (path == rootPath_) return root_;
+  if (!path.starts_with(rootPath_ + "/")) return nullptr;
+  Node* node = root_;
+  path.remove_prefix(rootPath_.size() + 1);
+  while (node && !path.empty()) {
+    const auto slash = path.find('/');
+    node = find(node, path.substr(0, slash));
+    path.remove_prefix(slash == path.npos ? path.size() : slash + 1);
+  }
+  return node;
+}
+
 std::unique_ptr<OpenFolder> FolderTree::open(const char* path) {
   log.push_back("open " + std::string(path));
-  std::string_view rest(path);
-  while (rest.size() > 1 && rest.ends_with('/')) rest.remove_suffix(1);
-  if (rest == rootPath_) return opened(root_);
-  if (!rest.starts_with(rootPath_ + "/")) return nullptr;
-  Node* folder = root_;
-  rest.remove_prefix(rootPath_.size() + 1);
-  while (folder && !rest.empty()) {
-    const auto slash = rest.find('/');
-    folder = find(folder, rest.substr(0, slash));
-    rest.remove_prefix(slash == rest.npos ? rest.size() : slash + 1);
-  }
-  return opened(folder);
+  return opened(nodeAt(path));
+}
+
+std::optional<FileFacts> FolderTree::factsAt(std::string_view path) {
+  const auto* const node = nodeAt(path);
+  if (!node) return std::nullopt;
+  return FileFacts{node->kind, node->bytes, node->links, {1, node->inode}};
 }
 
 }  // namespace vantile::testing

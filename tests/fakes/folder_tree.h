@@ -58,6 +58,8 @@ class FolderTree final : public FolderReader {
   std::size_t openFolders = 0, mostOpenFolders = 0;
 
   std::unique_ptr<OpenFolder> open(const char* path) override;
+  /// Facts of what stands at an absolute path, the root included; nothing where nothing does.
+  std::optional<FileFacts> factsAt(std::string_view path);
 
  private:
   friend class OpenTreeFolder;
@@ -79,6 +81,7 @@ class FolderTree final : public FolderReader {
   /// The folder around a path, and the name in it.
   std::pair<Node*, std::string> place(std::string_view path);
   static Node* find(Node* folder, std::string_view name);
+  Node* nodeAt(std::string_view path);
   std::unique_ptr<OpenFolder> opened(Node* folder);
 
   const std::string rootPath_;

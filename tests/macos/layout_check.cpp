@@ -5,8 +5,11 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <MacTypes.h>
 #include <dispatch/dispatch.h>
+#include <fcntl.h>
 #include <mach/mach.h>
+#include <objc/runtime.h>
 #include <spawn.h>
+#include <sys/event.h>
 #include <sys/stat.h>
 #include <sys/sysctl.h>
 #include <time.h>
@@ -67,8 +70,26 @@ static_assert(offsetof(FileStatus, st_size) == 96);
 static_assert(sizeof(FileStatus::st_dev) == 4 && sizeof(FileStatus::st_mode) == 2);
 static_assert(S_IFMT == 0170000 && S_IFREG == 0100000 && S_IFDIR == 0040000 && S_IFLNK == 0120000);
 
+// `struct kevent`, beside a function of that name.
+using KernelEvent = struct kevent;
+static_assert(sizeof(KernelEvent) == 32 && alignof(KernelEvent) == 4);
+static_assert(offsetof(KernelEvent, ident) == 0 && sizeof(KernelEvent::ident) == 8);
+static_assert(offsetof(KernelEvent, filter) == 8 && sizeof(KernelEvent::filter) == 2);
+static_assert(offsetof(KernelEvent, flags) == 10 && sizeof(KernelEvent::flags) == 2);
+static_assert(offsetof(KernelEvent, fflags) == 12 && sizeof(KernelEvent::fflags) == 4);
+static_assert(offsetof(KernelEvent, data) == 16 && offsetof(KernelEvent, udata) == 24);
+static_assert(EVFILT_VNODE == -4 && EVFILT_USER == -10);
+static_assert(EV_ADD == 0x1 && EV_ENABLE == 0x4 && EV_CLEAR == 0x20);
+static_assert(NOTE_DELETE == 0x1 && NOTE_WRITE == 0x2 && NOTE_EXTEND == 0x4);
+static_assert(NOTE_ATTRIB == 0x8 && NOTE_LINK == 0x10 && NOTE_RENAME == 0x20);
+static_assert(NOTE_REVOKE == 0x40 && NOTE_TRIGGER == 0x01000000);
+static_assert(O_EVTONLY == 0x8000);
+
+static_assert(std::is_pointer_v<id> && std::is_pointer_v<Class> && std::is_pointer_v<SEL>);
+
 static_assert(DISPATCH_TIME_NOW == 0 && std::is_same_v<dispatch_time_t, std::uint64_t>);
 static_assert(POSIX_SPAWN_CLOEXEC_DEFAULT == 0x4000 && POSIX_SPAWN_SETSIGMASK == 0x0008);
 static_assert(sizeof(clock_gettime_nsec_np(CLOCK_UPTIME_RAW)) == 8);
-static_assert(sizeof(Boolean) == 1 && sizeof(SInt32) == 4);
+static_assert(sizeof(Boolean) == 1 && sizeof(UInt8) == 1 && sizeof(SInt32) == 4);
+static_assert(sizeof(UInt32) == 4 && sizeof(SInt64) == 8);
 static_assert(sizeof(CFRunLoopSourceContext) == 80 && sizeof(CFRunLoopTimerContext) == 40);

@@ -17,6 +17,9 @@ void Seam::TearDown() {
   EXPECT_EQ(live.timers, 0);
   EXPECT_EQ(live.loopReferences, 0);
   EXPECT_EQ(live.work, 0);
+  EXPECT_EQ(live.values, 0);
+  EXPECT_EQ(live.pools, 0);
+  EXPECT_EQ(live.threads, 0);
   EXPECT_EQ(openDescriptors(), descriptorsBefore_);
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
   EXPECT_EQ(errno, ECHILD);

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "seam.h"
+#include "temporary_folder.h"
 
 namespace vantile {
 namespace {
@@ -35,6 +36,13 @@ TEST_F(StandardFoldersSeam, StandWhereTheSystemHasThem) {
   EXPECT_EQ(folders->preferences(), "/Users/ada/Library/Preferences");
   EXPECT_EQ(folders->applications(), "/Applications");
   EXPECT_EQ(folders->trash(), "/Users/ada/.Trash");
+}
+
+TEST_F(StandardFoldersSeam, LeaveItToTheSystemToMakeTheTrash) {
+  const TemporaryFolder home;
+  fakes::machine.accountHome = home.path().string();
+  makeStandardFolders()->makeTrash();
+  EXPECT_TRUE(std::filesystem::is_empty(home.path()));
 }
 
 TEST_F(StandardFoldersSeam, EndWithoutASlash) {

@@ -20,10 +20,11 @@ signal_handler cleanmemorycomplete'''.split())
 PUBLIC_NAMES = set('''Dictionary FreshInterval GeneralUtility KVDMemory NotificationCenter Queue RunLoop
 Timer Value appendingPathComponent isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
 makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setLogSink startWithString
-systemWorkerQueue withoutLastPathComponent'''.split())
+systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
 SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks systemFileSystem
 systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders
-systemSwapAreas systemVersion'''.split())
+systemSwapAreas systemVersion systemBrowsers systemFileEvents systemHostResources systemPropertyLists
+systemTextFolding systemThreads systemWorkspace'''.split())
 
 
 def run(*command, **options):

@@ -29,6 +29,9 @@ class StandardFolders {
   virtual std::string applications() = 0;
   /// What the user threw away. macOS: .Trash in the home. Linux: Trash/files in `library`.
   virtual std::string trash() = 0;
+  /// Makes the Trash where it is missing. macOS: nothing to do, the system makes it. Linux: the
+  /// folder and those that lead to it, for the user alone (mode 0700).
+  virtual void makeTrash() = 0;
 };
 
 /// The user's and the machine's folders, shared by the process.

@@ -38,4 +38,11 @@ std::string pathExtension(std::string_view path) {
   return dot == std::string::npos || dot == 0 ? std::string() : name.substr(dot + 1);
 }
 
+std::string withoutPathExtension(std::string_view path) {
+  path = withoutTrailingSlashes(path);
+  const auto extension = pathExtension(path);
+  if (!extension.empty()) path.remove_suffix(extension.size() + 1);
+  return std::string(path);
+}
+
 }  // namespace vantile

@@ -19,5 +19,8 @@ VANTILE_API std::string appendingPathComponent(std::string_view path, std::strin
 /// The text behind the last "." of the last component; "" where it has none, begins with its only
 /// "." or ends in one.
 VANTILE_API std::string pathExtension(std::string_view path);
+/// "/d/a.tar.gz" gives "/d/a.tar"; a path without an extension, as `pathExtension` has it, is only
+/// freed of a "/" at its end.
+VANTILE_API std::string withoutPathExtension(std::string_view path);
 
 }  // namespace vantile

@@ -11,22 +11,16 @@
 #include <vector>
 
 #include "fakes/counters.h"
+#include "fakes/objects.h"
 
 using fakes::counts;
+using fakes::drop;
+using fakes::Object;
+using fakes::objectOf;
 using fakes::sinceStart;
 using std::chrono::nanoseconds;
 
 namespace {
-
-struct Object {
-  virtual ~Object() = default;
-  int references = 1;
-};
-
-// Not inline: GCC 12 loses count of the references there and warns of a use after the last one.
-[[gnu::noinline]] void drop(Object* object) {
-  if (--object->references == 0) delete object;
-}
 
 // The latest that a timer can be due, and its longest period; what is later is cut down.
 constexpr nanoseconds farthest = std::chrono::seconds(504'911'232);
@@ -196,11 +190,15 @@ void add(CFRunLoopRef loop, std::vector<Entry*>& to, Entry* entry, CFRunLoopMode
   to.push_back(entry);
 }
 
-Object* objectOf(CFTypeRef object) {
-  return static_cast<Object*>(const_cast<void*>(object));
+}  // namespace
+
+namespace fakes {
+
+[[gnu::noinline]] void drop(Object* object) {
+  if (--object->references == 0) delete object;
 }
 
-}  // namespace
+}  // namespace fakes
 
 extern "C" {
 

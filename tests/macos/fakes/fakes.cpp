@@ -19,9 +19,14 @@ Live liveBefore;
 
 Live live() {
   const std::lock_guard lock(mutex);
-  return {counts.hostRights - liveBefore.hostRights, counts.sources - liveBefore.sources,
-          counts.timers - liveBefore.timers, counts.loopReferences - liveBefore.loopReferences,
-          counts.work - liveBefore.work};
+  return {counts.hostRights - liveBefore.hostRights,
+          counts.sources - liveBefore.sources,
+          counts.timers - liveBefore.timers,
+          counts.loopReferences - liveBefore.loopReferences,
+          counts.work - liveBefore.work,
+          counts.values - liveBefore.values,
+          counts.pools - liveBefore.pools,
+          counts.threads - liveBefore.threads};
 }
 
 void reset() {

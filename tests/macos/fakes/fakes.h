@@ -4,10 +4,43 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <vector>
+
+#include "fakes/property_list.h"
 
 /// Fakes of the macOS functions that the adapters call: what a test sets, and what it reads.
 namespace fakes {
+
+/// One record of what a kernel queue watches, or of what happened.
+struct KernelEvent {
+  std::uint64_t ident = 0;
+  int filter = 0;
+  unsigned flags = 0, fflags = 0;
+  std::int64_t data = 0;
+  std::uint64_t udata = 0;
+  friend bool operator==(const KernelEvent&, const KernelEvent&) = default;
+};
+
+/// One call of kevent.
+struct KernelEventCall {
+  std::vector<KernelEvent> changes;
+  bool hasEvents = false;                       ///< was given a list to put events into
+  int room = 0;                                 ///< of that list
+  std::int64_t seconds = -1, nanoseconds = -1;  ///< of the time-out; -1: it was given none
+};
+
+/// A notification that was posted to the desktop's centre.
+struct Post {
+  std::string name;
+  const void* object = nullptr;                    ///< the pointer that the object holds
+  std::map<std::string, std::string> information;  ///< the user info
+  friend bool operator==(const Post&, const Post&) = default;
+};
+
+/// No limit of a process's descriptors.
+constexpr std::uint64_t unlimited = ~std::uint64_t{0};
 
 /// What the faked system answers.
 struct Machine {
@@ -26,7 +59,29 @@ struct Machine {
   std::optional<std::int64_t> modifiedSeconds;  ///< in place of a file's own
   std::optional<std::int64_t> birthSeconds;     ///< in place of a file's own
   bool refusesObjects = false;                  ///< Create gives null
+  std::set<std::string> refuses;                ///< CoreFoundation's functions that fail
+  bool decodesAllPaths = false;                 ///< tells the characters of a path not in UTF-8
 
+  std::map<std::string, PropertyList> lists;  ///< by the bytes that CoreFoundation takes for them
+  int listsParsed = 0;
+  std::map<std::string, PropertyList> localizedNames;  ///< by path
+  bool hasBundle = true;
+  std::map<std::string, std::string> resources;  ///< of the main bundle, paths by name and type
+
+  std::set<std::string> classes = {"NSValue", "NSWorkspace"};  ///< that are loaded
+  std::string raisesAt;                 ///< a selector that raises an exception
+  std::vector<std::string> notedPaths;  ///< that the desktop was told of
+  std::vector<Post> posts;
+
+  int queueError = 0;                ///< of kqueue
+  int changeError = 0;               ///< of kevent, when it is given changes
+  int interruptedWaits = 0;          ///< how often kevent is interrupted from here on
+  int interruptedOpens = 0;          ///< how often open is
+  int openFlags = 0, openMode = -1;  ///< that the last open was given
+  std::vector<KernelEventCall> eventCalls;
+  std::optional<std::uint64_t> descriptorLimit = 256;  ///< of the process; nothing fails
+
+  bool refusesThreads = false;
   int spawnFlags = 0;  ///< that the last spawn asked for
 };
 
@@ -38,6 +93,9 @@ struct Live {
   int sources = 0, timers = 0;
   int loopReferences = 0;  ///< beyond a thread's own to its loop
   int work = 0;            ///< on the global queue
+  int values = 0;          ///< CoreFoundation's and Objective-C's other objects
+  int pools = 0;           ///< autorelease pools
+  int threads = 0;         ///< neither joined nor detached
 
   friend bool operator==(const Live&, const Live&) = default;
 };
@@ -58,5 +116,11 @@ int wakeups();
 
 /// Does what is due on the global queue, in order, on this thread.
 void runGlobalQueue();
+
+/// Has something happen to an open file, for the kernel queues that watch it.
+void happen(int file, std::uint32_t changes);
+
+/// Waits until a thread sleeps in kevent for longer than any test takes.
+void awaitSleeper();
 
 }  // namespace fakes

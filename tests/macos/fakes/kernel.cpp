@@ -6,6 +6,7 @@
 #include <pthread.h>
 #include <pwd.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/sysctl.h>
 #include <time.h>
 #include <unistd.h>
@@ -135,6 +136,13 @@ int fake_posix_spawnattr_setflags(posix_spawnattr_t* attributes, int flags) {
 #undef posix_spawnattr_setflags
   return ::posix_spawnattr_setflags(attributes,
                                     static_cast<short>(flags & ~POSIX_SPAWN_CLOEXEC_DEFAULT));
+}
+
+int fake_getrlimit(int resource, struct rlimit* limit) {
+  if (resource != RLIMIT_NOFILE) std::abort();
+  if (!machine.descriptorLimit) return errno = EINVAL, -1;
+  limit->rlim_cur = *machine.descriptorLimit;
+  return 0;
 }
 
 int pthread_main_np(void) {

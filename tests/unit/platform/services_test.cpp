@@ -5,6 +5,7 @@
 #include "vantile/platform/pressure_memory.h"
 #include "vantile/platform/swap_areas.h"
 #include "vantile/platform/system_version.h"
+#include "vantile/platform/workspace.h"
 
 namespace vantile {
 namespace {
@@ -23,12 +24,18 @@ TEST(ChildTasks, APauseIsNone) {
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::minutes(1));
 }
 
+TEST(Workspace, HasNobodyToTell) {
+  systemWorkspace()->noteFileSystemChanged("/gone");
+  systemWorkspace()->post("name", nullptr, "");
+}
+
 TEST(SystemPorts, AreSharedByTheProcess) {
   EXPECT_EQ(systemVersion(), systemVersion());
   EXPECT_EQ(systemChildTasks(), systemChildTasks());
   EXPECT_EQ(systemHostMemory(), systemHostMemory());
   EXPECT_EQ(systemSwapAreas(), systemSwapAreas());
   EXPECT_EQ(systemPressureMemory(), systemPressureMemory());
+  EXPECT_EQ(systemWorkspace(), systemWorkspace());
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <map>
 
@@ -89,6 +90,63 @@ TEST_F(XdgFoldersTest, ChangesAreSeenAtTheNextQuestion) {
   EXPECT_EQ(known.downloads(), folder.path("New"));
   environment["XDG_DATA_HOME"] = "/data";
   EXPECT_EQ(known.library(), "/data");
+}
+
+TEST_F(XdgFoldersTest, TheUsersFileNamesTheDesktop) {
+  EXPECT_EQ(folders().desktop(), folder.path("Desktop"));
+  folder.file(".config/user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/Top\"\n");
+  EXPECT_EQ(folders().desktop(), folder.path("Top"));
+}
+
+/// While it lives, new files and folders get no other bits than the umask leaves them.
+class Umask {
+ public:
+  explicit Umask(mode_t mask) : before_(::umask(mask)) {}
+  ~Umask() { ::umask(before_); }
+  Umask(const Umask&) = delete;
+  Umask& operator=(const Umask&) = delete;
+
+ private:
+  const mode_t before_;
+};
+
+unsigned modeOf(const std::string& path) {
+  struct stat status = {};
+  return ::stat(path.c_str(), &status) == 0 ? status.st_mode : 0;
+}
+
+TEST_F(XdgFoldersTest, TheTrashIsMadeForTheUserAloneWhateverTheUmask) {
+  for (const mode_t mask : {0u, 022u, 0777u}) {
+    const Umask during(mask);
+    folders().makeTrash();
+    for (const auto* made : {".local", ".local/share", ".local/share/Trash",
+                             ".local/share/Trash/files", ".local/share/Trash/info"})
+      EXPECT_EQ(modeOf(folder.path(made)), S_IFDIR | 0700u) << made << " " << mask;
+    folder.remove(".local");
+  }
+}
+
+TEST_F(XdgFoldersTest, FoldersThatLeadToTheTrashStayAsTheyAre) {
+  folder.folder(".local/share/Trash/info");
+  ASSERT_EQ(::chmod(folder.path(".local/share").c_str(), 0755), 0);
+  ASSERT_EQ(::chmod(folder.path(".local/share/Trash/info").c_str(), 0750), 0);
+  folders().makeTrash();
+  EXPECT_EQ(modeOf(folder.path(".local/share")), S_IFDIR | 0755u);
+  EXPECT_EQ(modeOf(folder.path(".local/share/Trash/info")), S_IFDIR | 0750u);
+  EXPECT_EQ(modeOf(folder.path(".local/share/Trash/files")), S_IFDIR | 0700u);
+}
+
+TEST_F(XdgFoldersTest, ATrashThatCantBeMadeIsLeft) {
+  folder.file(".local");
+  folders().makeTrash();
+  EXPECT_EQ(modeOf(folder.path(".local")) & S_IFMT, unsigned{S_IFREG});
+}
+
+TEST_F(XdgFoldersTest, TheTrashIsMadeWhereTheEnvironmentSays) {
+  environment["XDG_DATA_HOME"] = folder.path("data//");
+  folders().makeTrash();
+  EXPECT_EQ(modeOf(folder.path("data/Trash/files")), S_IFDIR | 0700u);
+  EXPECT_EQ(modeOf(folder.path(".local")), 0u);
 }
 
 TEST_F(XdgFoldersTest, OfThisProcessAreAbsoluteWithoutASlashAtTheEnd) {

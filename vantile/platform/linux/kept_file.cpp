@@ -9,7 +9,6 @@ namespace vantile {
 namespace {
 
 constexpr std::size_t piece = 4096;
-constexpr std::size_t longest = 16u << 20;  // a file without an end is cut off somewhere
 
 }  // namespace
 
@@ -35,19 +34,19 @@ std::optional<std::string_view> KeptFile::beginning(std::size_t most) {
   return std::string_view(buffer_.data(), *count);
 }
 
-std::optional<std::string_view> KeptFile::text() {
+std::optional<std::string_view> KeptFile::text(std::size_t most) {
   std::size_t size = 0;
   while (true) {
     const auto count = readAt(size, piece);
     if (!count) return std::nullopt;
-    if (*count == 0 || size > longest) return std::string_view(buffer_.data(), size);
+    if (*count == 0 || size > most) return std::string_view(buffer_.data(), size);
     size += *count;
   }
 }
 
-std::optional<std::string> readFile(const std::string& path) {
+std::optional<std::string> readFile(const std::string& path, std::size_t most) {
   KeptFile file(path);
-  const auto text = file.text();
+  const auto text = file.text(most);
   return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 

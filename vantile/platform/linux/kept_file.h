@@ -17,8 +17,12 @@ class KeptFile {
  public:
   explicit KeptFile(std::string path) : path_(std::move(path)) {}
 
-  /// The present contents, or nothing when there are none to be had. Valid until the next reading.
-  std::optional<std::string_view> text();
+  /// Where a file without an end is cut off.
+  static constexpr std::size_t longest = 16u << 20;
+
+  /// The present contents, cut off at about `most` bytes, or nothing when there are none to be had.
+  /// Valid until the next reading.
+  std::optional<std::string_view> text(std::size_t most = longest);
 
   /// What one read of at most `most` bytes gives. The kernel may give less than there is, so it is
   /// for files whose wanted part stands at the beginning.
@@ -32,7 +36,7 @@ class KeptFile {
   std::vector<char> buffer_;
 };
 
-/// The whole contents of a file that is read once, or nothing.
-std::optional<std::string> readFile(const std::string& path);
+/// The whole contents of a file that is read once, cut off at about `most` bytes, or nothing.
+std::optional<std::string> readFile(const std::string& path, std::size_t most = KeptFile::longest);
 
 }  // namespace vantile

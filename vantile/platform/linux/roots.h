@@ -8,6 +8,7 @@ namespace vantile {
 struct LinuxRoots {
   std::string proc = "/proc";
   std::string sys = "/sys";
+  std::string sysctl = "/proc/sys";
 };
 
 }  // namespace vantile

@@ -1,6 +1,7 @@
 #include "vantile/platform/linux/standard_folders.h"
 
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <utility>
 
@@ -21,6 +22,18 @@ std::string withoutTrailingSlash(std::string path) {
   return path;
 }
 
+/// Makes the folder and those that lead to it, where they are missing. What can't be made is found
+/// missing later.
+void makeForUserAlone(const std::string& path) {
+  constexpr mode_t userAlone = 0700;
+  for (auto end = path.find('/', 1); true; end = path.find('/', end + 1)) {
+    const auto level = path.substr(0, end);
+    // The process's umask may have taken bits away.
+    if (::mkdir(level.c_str(), userAlone) == 0) ::chmod(level.c_str(), userAlone);
+    if (end == std::string::npos) return;
+  }
+}
+
 }  // namespace
 
 XdgFolders::XdgFolders() : XdgFolders(homeOfAccount(), environmentVariable) {}
@@ -39,10 +52,18 @@ std::string XdgFolders::baseFolder(const char* variable, const char* below) cons
   return belowHome(below);
 }
 
-std::string XdgFolders::downloads() {
+std::string XdgFolders::userFolder(const char* variable, const char* below) {
   const auto text = readFile(preferences() + "/user-dirs.dirs");
-  auto named = text ? parseUserDirs(*text, "XDG_DOWNLOAD_DIR", home_) : std::nullopt;
-  return named ? std::move(*named) : belowHome("Downloads");
+  auto named = text ? parseUserDirs(*text, variable, home_) : std::nullopt;
+  return named ? std::move(*named) : belowHome(below);
+}
+
+std::string XdgFolders::downloads() {
+  return userFolder("XDG_DOWNLOAD_DIR", "Downloads");
+}
+
+std::string XdgFolders::desktop() {
+  return userFolder("XDG_DESKTOP_DIR", "Desktop");
 }
 
 std::string XdgFolders::library() {
@@ -57,9 +78,18 @@ std::string XdgFolders::applications() {
   return "/usr/share/applications";
 }
 
-std::string XdgFolders::trash() {
+std::string XdgFolders::trashCan() {
   const auto data = library();
-  return (data == "/" ? "" : data) + "/Trash/files";
+  return (data == "/" ? "" : data) + "/Trash";
+}
+
+std::string XdgFolders::trash() {
+  return trashCan() + "/files";
+}
+
+void XdgFolders::makeTrash() {
+  makeForUserAlone(trashCan() + "/files");
+  makeForUserAlone(trashCan() + "/info");  // a file manager takes either for damaged without both
 }
 
 std::shared_ptr<StandardFolders> systemStandardFolders() {

@@ -24,8 +24,15 @@ class XdgFolders final : public StandardFolders {
   std::string preferences() override;
   std::string applications() override;
   std::string trash() override;
+  void makeTrash() override;
+
+  /// What the desktop shows: XDG_DESKTOP_DIR of the user's user-dirs.dirs, else Desktop in the
+  /// home.
+  std::string desktop();
 
  private:
+  std::string userFolder(const char* variable, const char* belowHome);
+  std::string trashCan();
   std::string baseFolder(const char* variable, const char* belowHome) const;
   std::string belowHome(const char* relative) const;
 

@@ -1,7 +1,6 @@
 #include "vantile/foundation/worker_queue.h"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -16,6 +15,7 @@
 
 #include "vantile/foundation/log.h"
 #include "vantile/foundation/timer_schedule.h"
+#include "vantile/platform/linux/blocked_signals.h"
 
 namespace vantile {
 namespace {
@@ -25,26 +25,6 @@ using Clock = std::chrono::steady_clock;
 // As many as work that blocks may hold up before further work waits.
 constexpr unsigned mostThreads = 64;
 constexpr auto idleLife = std::chrono::seconds(5);
-
-/// Blocks the host's signals on the threads that are started in its scope, so that they are handled
-/// on the host's own threads. Those that a thread brings upon itself come to it, so that a host's
-/// crash handler sees them.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t blocked;
-    sigfillset(&blocked);
-    for (const int open : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS})
-      sigdelset(&blocked, open);
-    ::pthread_sigmask(SIG_SETMASK, &blocked, &before_);
-  }
-  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t before_;
-};
 
 /// Threads that are started when work finds none idle and end when they have had none for a while.
 class ThreadPool final : public WorkerQueue {

@@ -13,6 +13,7 @@ class MacosFolders final : public StandardFolders {
   std::string preferences() override { return belowHome("Library/Preferences"); }
   std::string applications() override { return "/Applications"; }
   std::string trash() override { return belowHome(".Trash"); }
+  void makeTrash() override {}
 
  private:
   std::string belowHome(const char* relative) const {

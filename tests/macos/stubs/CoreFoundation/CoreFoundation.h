@@ -14,14 +14,130 @@ typedef unsigned long CFOptionFlags;
 typedef double CFTimeInterval;
 typedef CFTimeInterval CFAbsoluteTime;  // seconds since the beginning of 2001, UTC
 
+typedef unsigned long CFTypeID;
 typedef const void* CFTypeRef;
+typedef CFTypeRef CFPropertyListRef;
 typedef const struct __CFAllocator* CFAllocatorRef;
 typedef const struct __CFString* CFStringRef;
+typedef struct __CFString* CFMutableStringRef;
+typedef const struct __CFNumber* CFNumberRef;
+typedef const struct __CFBoolean* CFBooleanRef;
+typedef const struct __CFDate* CFDateRef;
+typedef const struct __CFData* CFDataRef;
+typedef const struct __CFArray* CFArrayRef;
+typedef const struct __CFDictionary* CFDictionaryRef;
+typedef const struct __CFURL* CFURLRef;
+typedef const struct __CFLocale* CFLocaleRef;
+typedef struct __CFBundle* CFBundleRef;
+typedef struct __CFError* CFErrorRef;
+
+typedef struct {
+  CFIndex location;
+  CFIndex length;
+} CFRange;
 
 CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
+CFTypeID CFGetTypeID(CFTypeRef object);
 
 CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
+
+// Text.
+
+typedef UInt32 CFStringEncoding;
+enum { kCFStringEncodingUTF8 = 0x08000100 };
+
+typedef CFOptionFlags CFStringCompareFlags;
+enum { kCFCompareCaseInsensitive = 1, kCFCompareDiacriticInsensitive = 128 };
+
+CFTypeID CFStringGetTypeID(void);
+CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex size,
+                                    CFStringEncoding encoding, Boolean isExternalRepresentation);
+CFStringRef CFStringCreateWithFileSystemRepresentation(CFAllocatorRef allocator, const char* path);
+CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,
+                                             CFStringRef string);
+CFIndex CFStringGetLength(CFStringRef string);
+CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding,
+                         UInt8 lossByte, Boolean isExternalRepresentation, UInt8* buffer,
+                         CFIndex bufferSize, CFIndex* usedSize);
+void CFStringLowercase(CFMutableStringRef string, CFLocaleRef locale);
+void CFStringFold(CFMutableStringRef string, CFStringCompareFlags flags, CFLocaleRef locale);
+
+CFLocaleRef CFLocaleGetSystem(void);
+
+// Values of property lists.
+
+typedef CFIndex CFNumberType;
+enum { kCFNumberSInt64Type = 4, kCFNumberFloat64Type = 6 };
+
+CFTypeID CFNumberGetTypeID(void);
+Boolean CFNumberIsFloatType(CFNumberRef number);
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
+
+CFTypeID CFBooleanGetTypeID(void);
+Boolean CFBooleanGetValue(CFBooleanRef boolean);
+
+extern const CFTimeInterval kCFAbsoluteTimeIntervalSince1970;
+CFTypeID CFDateGetTypeID(void);
+CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef date);
+
+CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex size);
+
+CFTypeID CFArrayGetTypeID(void);
+CFIndex CFArrayGetCount(CFArrayRef array);
+const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
+
+typedef struct {
+  CFIndex version;
+  const void* (*retain)(CFAllocatorRef allocator, const void* value);
+  void (*release)(CFAllocatorRef allocator, const void* value);
+  CFStringRef (*copyDescription)(const void* value);
+  Boolean (*equal)(const void* value1, const void* value2);
+  CFHashCode (*hash)(const void* value);
+} CFDictionaryKeyCallBacks;
+
+typedef struct {
+  CFIndex version;
+  const void* (*retain)(CFAllocatorRef allocator, const void* value);
+  void (*release)(CFAllocatorRef allocator, const void* value);
+  CFStringRef (*copyDescription)(const void* value);
+  Boolean (*equal)(const void* value1, const void* value2);
+} CFDictionaryValueCallBacks;
+
+extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
+extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
+
+CFTypeID CFDictionaryGetTypeID(void);
+CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void** keys, const void** values,
+                                   CFIndex count, const CFDictionaryKeyCallBacks* keyCallBacks,
+                                   const CFDictionaryValueCallBacks* valueCallBacks);
+CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary);
+void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys,
+                                  const void** values);
+
+enum { kCFPropertyListImmutable = 0 };
+typedef CFIndex CFPropertyListFormat;
+
+CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef allocator, CFDataRef data,
+                                               CFOptionFlags options, CFPropertyListFormat* format,
+                                               CFErrorRef* error);
+
+// Places.
+
+extern const CFStringRef kCFURLLocalizedNameKey;
+
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8* path,
+                                                 CFIndex size, Boolean isDirectory);
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8* path,
+                                         CFIndex size);
+Boolean CFURLCopyResourcePropertyForKey(CFURLRef url, CFStringRef key, void* value,
+                                        CFErrorRef* error);
+
+CFBundleRef CFBundleGetMainBundle(void);
+CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
+                                 CFStringRef folder);
+
+// Run loops.
 
 typedef struct __CFRunLoop* CFRunLoopRef;
 typedef struct __CFRunLoopSource* CFRunLoopSourceRef;

@@ -1,0 +1,117 @@
+// As much of the Objective-C runtime, AppKit and Foundation as takes the workspace's messages. Not
+// by the header of objc_msgSend, whose type is none of those that it is called by: a method takes
+// what its selector says from the registers, and looks at nothing else there.
+
+#include <objc/runtime.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "fakes/objects.h"
+
+using fakes::machine;
+using fakes::Object;
+
+struct objc_class : Object {
+  explicit objc_class(const char* text) : name(text) {}
+  const std::string name;
+};
+
+namespace {
+
+objc_class value("NSValue"), workspace("NSWorkspace");
+
+struct Workspace : Object {
+} sharedWorkspace;
+struct Centre : Object {
+} centre;
+struct PointerHolder : fakes::Counted {
+  const void* pointer = nullptr;
+};
+
+struct Exception {};
+
+using Pool = std::vector<Object*>;
+thread_local std::vector<std::unique_ptr<Pool>> pools;
+
+void autorelease(Object* object) {
+  if (pools.empty()) std::abort();  // nobody would ever release it
+  if (object) pools.back()->push_back(object);
+}
+
+std::string textOf(const void* string) {
+  return *fakes::utf8Of(dynamic_cast<const __CFString&>(*fakes::objectOf(string)).text);
+}
+
+id idOf(const Object* object) {
+  return reinterpret_cast<id>(const_cast<Object*>(object));
+}
+
+void post(const void* name, const void* object, const void* information) {
+  fakes::Post post = {textOf(name), nullptr, {}};
+  if (object) post.object = dynamic_cast<const PointerHolder&>(*fakes::objectOf(object)).pointer;
+  const auto& entries = dynamic_cast<const __CFDictionary&>(*fakes::objectOf(information));
+  for (const auto& [key, held] : entries.entries) post.information[textOf(key)] = textOf(held);
+  machine.posts.push_back(std::move(post));
+}
+
+id valueWithPointer(const void* pointer) {
+  auto* const holder = fakes::createdBy<PointerHolder>("valueWithPointer:");
+  if (holder) holder->pointer = pointer;
+  autorelease(holder);
+  return idOf(holder);
+}
+
+}  // namespace
+
+extern "C" {
+
+Class objc_getClass(const char* name) {
+  for (auto* const known : {&value, &workspace})
+    if (known->name == name && machine.classes.contains(name)) return known;
+  return nullptr;
+}
+
+SEL sel_registerName(const char* name) {
+  return reinterpret_cast<SEL>(const_cast<char*>(name));
+}
+
+void* objc_autoreleasePoolPush(void) {
+  const std::lock_guard lock(fakes::mutex);
+  ++fakes::counts.pools;
+  return pools.emplace_back(std::make_unique<Pool>()).get();
+}
+
+void objc_autoreleasePoolPop(void* pool) {
+  const std::lock_guard lock(fakes::mutex);
+  if (pools.empty() || pools.back().get() != pool) std::abort();
+  for (auto* const object : *pools.back()) fakes::drop(object);
+  pools.pop_back();
+  --fakes::counts.pools;
+}
+
+id objc_msgSend(id self, SEL operation, const void* first, const void* second, const void* third) {
+  if (!self) return nullptr;
+  const std::string selector = reinterpret_cast<const char*>(operation);
+  if (selector == machine.raisesAt) throw Exception();
+  const Object* const receiver = fakes::objectOf(self);
+  if (receiver == &value && selector == "valueWithPointer:") return valueWithPointer(first);
+  if (receiver == &workspace && selector == "sharedWorkspace") return idOf(&sharedWorkspace);
+  if (receiver == &sharedWorkspace && selector == "notificationCenter") return idOf(&centre);
+  if (receiver == &sharedWorkspace && selector == "noteFileSystemChanged:") {
+    if (pools.empty()) std::abort();
+    machine.notedPaths.push_back(textOf(first));
+    return nullptr;
+  }
+  if (receiver == &centre && selector == "postNotificationName:object:userInfo:") {
+    post(first, second, third);
+    return nullptr;
+  }
+  const auto* const number = dynamic_cast<const __CFNumber*>(receiver);
+  if (number && selector == "unsignedLongLongValue")
+    return reinterpret_cast<id>(std::get<std::uint64_t>(number->number));
+  throw Exception();  // an unrecognized selector
+}
+
+}  // extern "C"

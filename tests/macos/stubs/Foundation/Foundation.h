@@ -1,0 +1,3 @@
+// Foundation, as far as the macOS adapters use it: none of its functions. They find NSValue by its
+// name once the framework is loaded, so that linking to it is all it takes.
+#pragma once

@@ -1,0 +1,116 @@
+#include "vantile/platform/linux/host_resources.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "fakes/temporary_folder.h"
+
+namespace vantile {
+namespace {
+
+using testing::TemporaryFolder;
+
+using Path = std::optional<std::string>;
+
+struct LinuxHostResourcesTest : ::testing::Test {
+  void runs(const std::string& program) {
+    root.remove("proc/self/exe");
+    root.folder("proc/self");
+    root.symbolicLink("proc/self/exe", program);
+  }
+
+  TemporaryFolder root;
+  LinuxHostResources resources{LinuxRoots{root.path("proc"), root.path("sys")}};
+};
+
+TEST_F(LinuxHostResourcesTest, StandInShareBesideTheExecutablesFolder) {
+  runs(root.path("usr/bin/tool"));
+  root.file("usr/share/tool/Names.plist");
+  EXPECT_EQ(resources.path("Names", "plist"), root.path("usr/share/tool/Names.plist"));
+}
+
+TEST_F(LinuxHostResourcesTest, ThatTheHostHasNotAreNone) {
+  runs(root.path("usr/bin/tool"));
+  root.file("usr/share/tool/Names.plist");
+  root.file("usr/share/other/More.plist");
+  EXPECT_EQ(resources.path("names", "plist"), std::nullopt);
+  EXPECT_EQ(resources.path("Names", "strings"), std::nullopt);
+  EXPECT_EQ(resources.path("More", "plist"), std::nullopt);
+  EXPECT_EQ(resources.path("", ""), std::nullopt);
+}
+
+TEST_F(LinuxHostResourcesTest, AFolderIsNone) {
+  runs(root.path("usr/bin/tool"));
+  root.folder("usr/share/tool/Names.plist");
+  EXPECT_EQ(resources.path("Names", "plist"), std::nullopt);
+}
+
+TEST_F(LinuxHostResourcesTest, AProgramThatWasReplacedKeepsIts) {
+  runs(root.path("usr/bin/tool") + " (deleted)");
+  root.file("usr/share/tool/Names.plist");
+  EXPECT_EQ(resources.path("Names", "plist"), root.path("usr/share/tool/Names.plist"));
+}
+
+TEST_F(LinuxHostResourcesTest, OfAProgramFarAwayAreFoundToo) {
+  const std::string far = "opt/" + std::string(200, 'x') + "/" + std::string(200, 'y');
+  runs(root.path(far + "/bin/tool"));
+  root.file(far + "/share/tool/Names.plist");
+  EXPECT_EQ(resources.path("Names", "plist"), root.path(far + "/share/tool/Names.plist"));
+}
+
+TEST_F(LinuxHostResourcesTest, OfAProgramThatCantBeToldAreNone) {
+  EXPECT_EQ(resources.path("Names", "plist"), std::nullopt);
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(root.path());
+  root.file("share/tool/Names.plist");
+  for (const auto* program : {"bin/tool", "(unreachable)/bin/tool", "/"}) {
+    runs(program);
+    EXPECT_EQ(resources.path("Names", "plist"), std::nullopt) << program;
+  }
+  std::filesystem::current_path(before);
+}
+
+TEST_F(LinuxHostResourcesTest, AFolderThatWasSetHoldsThemAlone) {
+  runs(root.path("usr/bin/tool"));
+  root.file("usr/share/tool/Names.plist");
+  root.file("own/More.plist");
+  resources.setFolder(root.path("own"));
+  EXPECT_EQ(resources.path("More", "plist"), root.path("own/More.plist"));
+  EXPECT_EQ(resources.path("Names", "plist"), std::nullopt);
+  resources.setFolder(root.path("own/"));
+  EXPECT_EQ(resources.path("More", "plist"), root.path("own/More.plist"));
+}
+
+TEST_F(LinuxHostResourcesTest, WithoutAFolderSetAreTheSystemsAgain) {
+  runs(root.path("usr/bin/tool"));
+  root.file("usr/share/tool/Names.plist");
+  resources.setFolder(root.path("own"));
+  resources.setFolder(std::nullopt);
+  EXPECT_EQ(resources.path("Names", "plist"), root.path("usr/share/tool/Names.plist"));
+}
+
+TEST_F(LinuxHostResourcesTest, AnEmptyFolderHoldsNone) {
+  resources.setFolder("");
+  EXPECT_EQ(resources.path("etc/passwd", ""), std::nullopt);
+}
+
+TEST_F(LinuxHostResourcesTest, ATypelessOneHasNoExtension) {
+  root.file("own/README");
+  resources.setFolder(root.path("own"));
+  EXPECT_EQ(resources.path("README", ""), root.path("own/README"));
+}
+
+TEST(SystemHostResources, OfThisProgramStandBesideIt) {
+  const auto program = std::filesystem::read_symlink("/proc/self/exe");
+  const auto share = program.parent_path().parent_path() / "share" / program.filename();
+  std::filesystem::remove_all(share);
+  std::filesystem::create_directories(share);
+  std::filesystem::create_symlink(program, share / "Itself.program");
+  EXPECT_EQ(systemHostResources()->path("Itself", "program"), share / "Itself.program");
+  std::filesystem::remove_all(share);
+  EXPECT_EQ(systemHostResources(), systemHostResources());
+}
+
+}  // namespace
+}  // namespace vantile

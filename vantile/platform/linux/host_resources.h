@@ -1,0 +1,28 @@
+#pragma once
+
+#include <mutex>
+
+#include "vantile/platform/host_resources.h"
+#include "vantile/platform/linux/roots.h"
+
+namespace vantile {
+
+/// Files in share/PROGRAM beside the folder of the host's executable, or where the host said.
+class LinuxHostResources final : public HostResources {
+ public:
+  explicit LinuxHostResources(const LinuxRoots& roots = {});
+
+  std::optional<std::string> path(std::string_view name, std::string_view type) override;
+  void setFolder(std::optional<std::string> folder) override;
+
+ private:
+  std::optional<std::string> folder();
+  std::optional<std::string> folderOfExecutable() const;
+
+  const std::string executable_;
+
+  std::mutex mutex_;  // over all below
+  std::optional<std::string> folder_;
+};
+
+}  // namespace vantile

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vantile {
+
+/// By what a file is seen to have changed, or to have been replaced.
+struct FileStamp {
+  std::uint64_t device = 0, inode = 0, size = 0;
+  std::int64_t seconds = 0, nanoseconds = 0;  ///< when it was modified, since 1970
+  friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+/// The stamp of the regular file at `path`, links followed, or nothing.
+std::optional<FileStamp> stampOf(const std::string& path);
+
+/// The first `most` bytes of the regular file at `path`, links followed, or nothing. Never waits
+/// for what is no file: a pipe, say.
+std::optional<std::string> contentsOf(const std::string& path, std::size_t most);
+
+}  // namespace vantile

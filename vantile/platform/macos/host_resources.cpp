@@ -1,0 +1,68 @@
+#include "vantile/platform/macos/host_resources.h"
+
+#include <limits.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <mutex>
+#include <utility>
+
+#include "vantile/platform/macos/core_foundation.h"
+
+namespace vantile {
+namespace {
+
+std::optional<std::string> inFolder(std::string path, std::string_view name,
+                                    std::string_view type) {
+  if (path.empty()) return std::nullopt;
+  if (!path.ends_with('/')) path.push_back('/');
+  path.append(name);
+  if (!type.empty()) path.append(".").append(type);
+  struct stat status = {};
+  const bool isFile = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return isFile ? std::optional(std::move(path)) : std::nullopt;
+}
+
+std::optional<std::string> inMainBundle(std::string_view name, std::string_view type) {
+  const CFBundleRef bundle = CFBundleGetMainBundle();
+  const auto called = stringOf(name), extension = stringOf(type);
+  if (!bundle || !called || !extension) return std::nullopt;
+  const Owned<CFURLRef> url(CFBundleCopyResourceURL(
+      bundle, called.get(), type.empty() ? nullptr : extension.get(), nullptr));
+  std::array<char, PATH_MAX> path = {};
+  if (!url ||
+      !CFURLGetFileSystemRepresentation(url.get(), true, reinterpret_cast<UInt8*>(path.data()),
+                                        static_cast<CFIndex>(path.size())))
+    return std::nullopt;
+  return path.data();
+}
+
+class MacosHostResources final : public HostResources {
+ public:
+  std::optional<std::string> path(std::string_view name, std::string_view type) override {
+    const std::lock_guard lock(mutex_);
+    return folder_ ? inFolder(*folder_, name, type) : inMainBundle(name, type);
+  }
+
+  void setFolder(std::optional<std::string> folder) override {
+    const std::lock_guard lock(mutex_);
+    folder_ = std::move(folder);
+  }
+
+ private:
+  std::mutex mutex_;  // over the folder, and over the bundle's look-up, which may fill its caches
+  std::optional<std::string> folder_;
+};
+
+}  // namespace
+
+std::shared_ptr<HostResources> makeHostResources() {
+  return std::make_shared<MacosHostResources>();
+}
+
+std::shared_ptr<HostResources> systemHostResources() {
+  static auto& resources = *new std::shared_ptr<HostResources>(makeHostResources());
+  return resources;
+}
+
+}  // namespace vantile

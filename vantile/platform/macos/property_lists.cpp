@@ -1,0 +1,154 @@
+#include "vantile/platform/property_lists.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+#include "vantile/platform/macos/core_foundation.h"
+#include "vantile/platform/macos/objective_c.h"
+#include "vantile/platform/macos/status.h"
+#include "vantile/platform/parsers/property_list_bounds.h"
+#include "vantile/platform/posix/descriptor.h"
+#include "vantile/platform/posix/files.h"
+
+namespace vantile {
+namespace {
+
+constexpr std::size_t longestFile = 64u << 20;
+
+/// The contents of the regular file at `path`, links followed; nothing when it is too long.
+std::optional<std::string> contentsOf(const std::string& path) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status = {};
+  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  std::string contents;
+  std::size_t size = 0;
+  constexpr std::size_t piece = 4096;  // more than it says it has: it may be growing
+  auto room = static_cast<std::size_t>(status.st_size);
+  while (room <= longestFile) {
+    contents.resize(room + piece);
+    const auto count = ::read(file.get(), contents.data() + size, contents.size() - size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return std::nullopt;
+    size += static_cast<std::size_t>(count);
+    room = std::max(room, size);
+    if (count > 0) continue;
+    contents.resize(size);
+    return contents;
+  }
+  return std::nullopt;
+}
+
+/// Whether the list nests no deeper than the system's reader, whose calls nest with it, can follow.
+bool isBounded(std::string_view list) {
+  constexpr PropertyListBounds bounds;
+  if (list.starts_with("bplist")) return isWithin(bounds, list);
+  std::string text(list);
+  std::erase(text, '\0');  // of UTF-16
+  const auto first = text.find_first_not_of("\xEF\xBB\xBF\xFE\xFF \t\r\n");
+  if (first == std::string::npos || text[first] == '<') return isWithin(bounds, text);
+  // The form from before XML. What closes may stand in quotes, so that only what opens counts.
+  const auto opens = [](char byte) { return byte == '(' || byte == '{'; };
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), opens)) <= bounds.depth;
+}
+
+Owned<CFPropertyListRef> parsed(std::string_view list) {
+  if (!isBounded(list)) return {};
+  const Owned<CFDataRef> data(CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(list.data()),
+                                           static_cast<CFIndex>(list.size())));
+  if (!data) return {};
+  return Owned<CFPropertyListRef>(CFPropertyListCreateWithData(
+      nullptr, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+}
+
+Value numberIn(CFNumberRef number) {
+  double real = 0;
+  if (CFNumberIsFloatType(number)) {
+    CFNumberGetValue(number, kCFNumberFloat64Type, &real);
+    return real;
+  }
+  SInt64 integer = 0;
+  if (CFNumberGetValue(number, kCFNumberSInt64Type, &integer))
+    return static_cast<std::int64_t>(integer);
+  // Lists hold unsigned numbers, too, which CoreFoundation keeps but has no type to ask for by.
+  return static_cast<std::uint64_t>(
+      message<unsigned long long>(bridged(number), "unsignedLongLongValue"));
+}
+
+std::shared_ptr<const Date> dateIn(CFDateRef date) {
+  constexpr double farAway = 1e12;  // more than a Date reaches, less than overflows
+  const auto seconds = CFDateGetAbsoluteTime(date);
+  const auto near = std::isnan(seconds) ? 0 : std::clamp(seconds, -farAway, farAway);
+  const auto whole = std::floor(near);
+  return std::make_shared<const Date>(
+      Date{momentOf(static_cast<std::int64_t>(whole + kCFAbsoluteTimeIntervalSince1970),
+                    static_cast<std::int64_t>((near - whole) * 1e9))});
+}
+
+std::optional<Value> valueOf(CFTypeRef object, std::size_t depth);
+
+std::shared_ptr<Array> arrayIn(CFArrayRef items, std::size_t depth) {
+  auto array = std::make_shared<Array>();
+  const auto count = CFArrayGetCount(items);
+  array->reserve(static_cast<std::size_t>(count));
+  for (CFIndex i = 0; i < count; ++i)
+    if (auto value = valueOf(CFArrayGetValueAtIndex(items, i), depth))
+      array->push_back(std::move(*value));
+  return array;
+}
+
+std::shared_ptr<Dictionary> dictionaryIn(CFDictionaryRef entries, std::size_t depth) {
+  auto dictionary = std::make_shared<Dictionary>();
+  const auto count = static_cast<std::size_t>(CFDictionaryGetCount(entries));
+  std::vector<CFTypeRef> keys(count), values(count);
+  CFDictionaryGetKeysAndValues(entries, keys.data(), values.data());
+  dictionary->reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    auto key = textOf(as<CFStringRef>(CFStringGetTypeID(), keys[i]));
+    auto value = key ? valueOf(values[i], depth) : std::nullopt;
+    if (value) dictionary->set(std::move(*key), std::move(*value));
+  }
+  return dictionary;
+}
+
+/// The value, `depth` levels down. Nothing for data, for text that is not Unicode, and for what is
+/// so deep that the calls here would nest without bound.
+std::optional<Value> valueOf(CFTypeRef object, std::size_t depth) {
+  if (const auto string = as<CFStringRef>(CFStringGetTypeID(), object)) {
+    auto text = textOf(string);
+    return text ? std::optional<Value>(std::move(*text)) : std::nullopt;
+  }
+  if (const auto number = as<CFNumberRef>(CFNumberGetTypeID(), object)) return numberIn(number);
+  if (const auto truth = as<CFBooleanRef>(CFBooleanGetTypeID(), object))
+    return Value(CFBooleanGetValue(truth) != 0);
+  if (const auto date = as<CFDateRef>(CFDateGetTypeID(), object)) return Value(dateIn(date));
+  if (depth >= PropertyListBounds().depth) return std::nullopt;
+  if (const auto items = as<CFArrayRef>(CFArrayGetTypeID(), object))
+    return Value(arrayIn(items, depth + 1));
+  if (const auto entries = as<CFDictionaryRef>(CFDictionaryGetTypeID(), object))
+    return Value(dictionaryIn(entries, depth + 1));
+  return std::nullopt;
+}
+
+class MacosPropertyLists final : public PropertyLists {
+ public:
+  std::shared_ptr<Dictionary> read(const std::string& path) override {
+    const auto contents = contentsOf(path);
+    const auto list = contents ? parsed(*contents) : Owned<CFPropertyListRef>();
+    const auto entries = as<CFDictionaryRef>(CFDictionaryGetTypeID(), list.get());
+    return entries ? dictionaryIn(entries, 1) : nullptr;
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<PropertyLists> systemPropertyLists() {
+  static auto& lists = *new std::shared_ptr<PropertyLists>(std::make_shared<MacosPropertyLists>());
+  return lists;
+}
+
+}  // namespace vantile
