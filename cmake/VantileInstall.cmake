@@ -28,7 +28,14 @@ set(public_headers
     utility/folder_functions.h
     utility/general_utility.h
     utility/paths.h
-    utility/strings.h)
+    utility/strings.h
+    watchers/folder_watcher.h
+    watchers/path_list.h
+    watchers/watch_application.h
+    watchers/watch_download.h
+    watchers/watch_trash.h
+    watchqueue/path_entry.h
+    watchqueue/watch_queue.h)
 foreach(header IN LISTS public_headers)
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES ${PROJECT_SOURCE_DIR}/vantile/${header}

@@ -14,12 +14,15 @@ BUILD = sys.argv.pop()
 
 C_NAMES = set('''get_folder_size trv_all_app trv_sub_app trv_sub_download stopClearMemory clear_memory
 auto_calloc auto_free add_memory_block add_memory_block_ex get_memory_info int_timer uninit_time
-signal_handler cleanmemorycomplete'''.split())
+signal_handler cleanmemorycomplete WatchQueueRenameNotification WatchQueueWriteNotification
+WatchQueueDeleteNotification WatchQueueAttributeChangeNotification WatchQueueSizeIncreaseNotification
+WatchQueueLinkCountChangeNotification WatchQueueAccessRevocationNotification downloadcallback
+applicationcallback appcallback folder_app_callback'''.split())
 
 # What hosts use, and what the one library uses of the other: no more of the C++ names is seen.
-PUBLIC_NAMES = set('''Dictionary FreshInterval GeneralUtility KVDMemory NotificationCenter Queue RunLoop
-Timer Value appendingPathComponent isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
-makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setLogSink startWithString
+PUBLIC_NAMES = set('''Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDMemory NotificationCenter Queue RunLoop
+Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
+makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostResourceFolder setLogSink startWithString
 systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
 SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks systemFileSystem
 systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders

@@ -15,13 +15,13 @@ namespace vantile {
 /// A folder is written to when an entry of it comes, goes or is renamed, not when an entry's own
 /// contents change.
 enum FileChange : std::uint32_t {
-  fileDeleted = 0x01,        ///< its last name went
+  fileDeleted = 0x01,  ///< its last name went
   fileWritten = 0x02,
-  fileGrew = 0x04,           ///< regular files alone
+  fileGrew = 0x04,  ///< regular files alone
   attributesChanged = 0x08,
-  linkCountChanged = 0x10,   ///< a name was given to it or taken, but for the last
-  fileRenamed = 0x20,        ///< it left its path for another one
-  accessRevoked = 0x40,      ///< its volume was unmounted
+  linkCountChanged = 0x10,  ///< a name was given to it or taken, but for the last
+  fileRenamed = 0x20,       ///< it left its path for another one
+  accessRevoked = 0x40,     ///< its volume was unmounted
 };
 
 /// Something happened to one watched item.
