@@ -34,8 +34,7 @@ int print(const std::string& text) {
 }
 
 int run(std::span<const std::string> arguments) {
-  const auto names = monitorNames();
-  auto parsed = parseOptions(arguments, names);
+  auto parsed = parseOptions(arguments, {sampledNames(), watcherNames()});
   if (const auto* error = std::get_if<UsageError>(&parsed)) {
     complain(error->message);
     return 2;
@@ -45,6 +44,7 @@ int run(std::span<const std::string> arguments) {
     case Command::Print:
       return print(options.text);
     case Command::Stream:
+    case Command::Watch:
       return runStream(options);
     case Command::Clean:
       return runClean();

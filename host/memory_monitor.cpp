@@ -25,7 +25,7 @@ void lookAtSwap(MemoryFigures& figures) {
 
 }  // namespace
 
-std::unique_ptr<RunningMonitor> startMemory(std::int32_t interval, ReportSink sink) {
+std::unique_ptr<RunningMonitor> startMemory(const Sampling& sampling, ReportSink sink) {
   auto monitor = KVDMemory::singleton();
   if (!monitor) return nullptr;
   auto delegate = std::make_shared<MemoryDelegate>();
@@ -37,7 +37,8 @@ std::unique_ptr<RunningMonitor> startMemory(std::int32_t interval, ReportSink si
               {argument(&memory), argument(&vm), argument(swap)}});
       };
   monitor->setDelegate(std::move(delegate));
-  monitor->setFreshInterval(interval);
+  monitor->setFreshInterval(sampling.interval);
+  if (sampling.atOnce) monitor->updateInfo();
   return std::make_unique<Delegating<KVDMemory>>(std::move(monitor));
 }
 

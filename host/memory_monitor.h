@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 
 #include "registry.h"
@@ -8,7 +7,7 @@
 namespace vantile::host {
 
 /// Reports what the shared KVDMemory tells its delegate.
-std::unique_ptr<RunningMonitor> startMemory(std::int32_t interval, ReportSink sink);
+std::unique_ptr<RunningMonitor> startMemory(const Sampling& sampling, ReportSink sink);
 
 /// Bars, a history of the memory in use, paging and swap.
 PaneGroup memoryPanes();

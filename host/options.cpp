@@ -23,6 +23,7 @@ constexpr const char* examples =
     "  vantile-host                              the dashboard\n"
     "  vantile-host stream --interval 5          a sample every five seconds, until Ctrl-C\n"
     "  vantile-host stream --count 1 | jq '.arguments[0].memory_used'\n"
+    "  vantile-host watch downloads              a line for each download that finishes\n"
     "  vantile-host clean                        put idle memory to use again\n"
     "\n"
     "Exit status:\n"
@@ -31,7 +32,7 @@ constexpr const char* examples =
     "  2      the arguments make no sense; one line on standard error says why\n"
     "  128+N  ended by signal N: 130 after Ctrl-C, 143 after SIGTERM\n"
     "\n"
-    "'vantile-host stream --help' and 'vantile-host clean --help' tell more.\n";
+    "'vantile-host stream --help' and those of the other commands tell more.\n";
 
 constexpr const char* streamSummary =
     "Prints one JSON object a line for each call that a monitor makes to its delegate:\n"
@@ -53,6 +54,27 @@ constexpr const char* streamExamples =
     "\n"
     "Exit status: 0 after the last line or when the reader went away, 1 when a monitor has\n"
     "nothing to read or the output cannot be written, 2 for bad arguments, 128+N by signal N.\n";
+
+constexpr const char* watchSummary =
+    "Prints one JSON object a line, as 'vantile-host stream' does, for each thing that happens:\n"
+    "\n"
+    "  downloads     downloadFileCompleted, with the path: a web browser finished a download\n"
+    "  applications  appAdded, with the path: an application was installed;\n"
+    "                movedToTrash, with the path it has there\n"
+    "  trash         trashAddedApp, with the path: an application is in the Trash;\n"
+    "                trashUsedSizeChanged, with the bytes in the Trash: at the start, then as "
+    "long\n"
+    "                as they are not as many as then\n"
+    "\n"
+    "A path that is not known is null. Watches until a signal comes.\n";
+
+constexpr const char* watchExamples =
+    "Examples:\n"
+    "  vantile-host watch downloads --count 1 | jq -r '.arguments[0]'\n"
+    "  vantile-host watch applications,trash\n"
+    "\n"
+    "Exit status: 0 after the last line or when the reader went away, 1 when the output cannot be\n"
+    "written, 2 for bad arguments, 128+N by signal N.\n";
 
 constexpr const char* cleanSummary =
     "Puts the system under memory pressure for ten seconds, so that it gives up caches and\n"
@@ -87,10 +109,46 @@ std::optional<std::uint64_t> wholeNumber(std::string_view text) {
 /// Both as CLI11 hands them over: the numbers are read here, for messages of our own.
 struct Raw {
   std::string monitors, interval = "1", count = "0";
+  std::vector<std::string> watchers;
 };
 
+/// Adds the names of a list that is separated by commas.
+std::optional<UsageError> takeNames(std::string_view list, const char* kind,
+                                    std::span<const std::string> known,
+                                    std::vector<std::string>& names) {
+  for (;;) {
+    const auto comma = list.find(',');
+    const std::string name(list.substr(0, comma));
+    if (std::ranges::find(known, name) == known.end()) {
+      return UsageError{std::string("unknown ") + kind + " '" + name +
+                        "' (known: " + joined(known, ", ") + ")"};
+    }
+    if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+    if (comma == std::string_view::npos) return std::nullopt;
+    list.remove_prefix(comma + 1);
+  }
+}
+
+std::vector<std::string> namesOf(const KnownMonitors& known) {
+  auto names = known.sampled;
+  names.insert(names.end(), known.watchers.begin(), known.watchers.end());
+  return names;
+}
+
+std::optional<UsageError> takeMonitors(const Raw& raw, const KnownMonitors& known,
+                                       Options& options) {
+  if (options.command != Command::Watch) {
+    return takeNames(raw.monitors, "monitor", namesOf(known), options.monitors);
+  }
+  for (const auto& list : raw.watchers) {
+    if (auto error = takeNames(list, "watcher", known.watchers, options.monitors)) return error;
+  }
+  if (raw.watchers.empty()) options.monitors = known.watchers;
+  return std::nullopt;
+}
+
 std::variant<Options, UsageError> understood(const Raw& raw, Command command,
-                                             std::span<const std::string> known) {
+                                             const KnownMonitors& known) {
   Options options;
   options.command = command;
 
@@ -107,18 +165,8 @@ std::variant<Options, UsageError> understood(const Raw& raw, Command command,
   }
   options.count = *count;
 
-  for (std::string_view rest = raw.monitors;;) {
-    const auto comma = rest.find(',');
-    const std::string name(rest.substr(0, comma));
-    if (std::ranges::find(known, name) == known.end()) {
-      return UsageError{"unknown monitor '" + name + "' (known: " + joined(known, ", ") + ")"};
-    }
-    if (std::ranges::find(options.monitors, name) == options.monitors.end()) {
-      options.monitors.push_back(name);
-    }
-    if (comma == std::string_view::npos) return options;
-    rest.remove_prefix(comma + 1);
-  }
+  if (auto error = takeMonitors(raw, known, options)) return *error;
+  return options;
 }
 
 UsageError unexpected(const std::string& argument, bool inCommand) {
@@ -126,7 +174,8 @@ UsageError unexpected(const std::string& argument, bool inCommand) {
     return {"unknown option '" + argument + "' (see vantile-host --help)"};
   }
   if (inCommand) return {"unexpected argument '" + argument + "' (see vantile-host --help)"};
-  return {"unknown command '" + argument + "' (known: stream, clean; see vantile-host --help)"};
+  return {"unknown command '" + argument +
+          "' (known: stream, watch, clean; see vantile-host --help)"};
 }
 
 std::string nameOf(const CLI::ParseError& error) {
@@ -137,50 +186,70 @@ std::string nameOf(const CLI::ParseError& error) {
 /// The arguments' grammar.
 class Grammar {
  public:
-  explicit Grammar(std::span<const std::string> known) {
+  explicit Grammar(const KnownMonitors& known) {
     app.set_help_flag("-h,--help", "Print help and exit");
     app.add_flag("--version", versionAsked, "Print the version and exit");
     app.footer(examples);
     app.require_subcommand(0, 1);
     stream = app.add_subcommand("stream", "Print samples as JSON, one object a line");
+    watch =
+        app.add_subcommand("watch", "Print downloads, new applications and the Trash's changes");
     clean = app.add_subcommand("clean", "Free memory that nobody uses");
     stream->footer(streamExamples);
+    watch->footer(watchExamples);
     clean->footer(cleanExamples);
-    for (auto* command : {&app, stream, clean}) command->allow_extras();
+    for (auto* command : {&app, stream, watch, clean}) command->allow_extras();
     app.get_formatter()->column_width(26);
 
-    raw.monitors = joined(known, ",");
-    option("--monitors", raw.monitors, "LIST", "Separated by commas, of: " + joined(known, ", "));
-    option("--interval", raw.interval, "SECONDS", "Between two samples, 1 to 86400");
-    option("--count", raw.count, "N",
+    raw.monitors = joined(known.sampled, ",");
+    option(stream, "--monitors", raw.monitors, "LIST",
+           "Separated by commas, of: " + joined(namesOf(known), ", "));
+    option(stream, "--interval", raw.interval, "SECONDS", "Between two samples, 1 to 86400");
+    option(stream, "--count", raw.count, "N",
            "End after N samples of each monitor; one that only\n"
            "reports changes is done after its first. 0: no end");
+    watch
+        ->add_option("watchers", raw.watchers,
+                     "Separated by spaces or commas, of: " + joined(known.watchers, ", ") +
+                         ".\nAll of them when none is named")
+        ->type_name("");
+    option(watch, "--count", raw.count, "N", "End after N lines. 0: no end");
+  }
+
+  /// The command that was given.
+  Command command() const {
+    if (*stream) return Command::Stream;
+    if (*watch) return Command::Watch;
+    return *clean ? Command::Clean : Command::Automatic;
   }
 
   /// The lists of commands and options, with the long summary only in the command's own help.
   std::string help() {
     if (*stream) stream->description(streamSummary);
+    if (*watch) watch->description(watchSummary);
     if (*clean) clean->description(cleanSummary);
     return app.help();
   }
 
   CLI::App app{summary, "vantile-host"};
-  CLI::App* stream = nullptr;
-  CLI::App* clean = nullptr;
   Raw raw;
   bool versionAsked = false;
 
  private:
-  void option(const std::string& name, std::string& target, const std::string& type,
-              const std::string& help) {
-    stream->add_option(name, target, help)->type_name(type)->capture_default_str()->take_last();
+  static void option(CLI::App* command, const std::string& name, std::string& target,
+                     const std::string& type, const std::string& help) {
+    command->add_option(name, target, help)->type_name(type)->capture_default_str()->take_last();
   }
+
+  CLI::App* stream = nullptr;
+  CLI::App* watch = nullptr;
+  CLI::App* clean = nullptr;
 };
 
 }  // namespace
 
 std::variant<Options, UsageError> parseOptions(std::span<const std::string> arguments,
-                                               std::span<const std::string> known) {
+                                               const KnownMonitors& known) {
   Grammar grammar(known);
   try {
     // CLI11 takes them from the back.
@@ -192,16 +261,13 @@ std::variant<Options, UsageError> parseOptions(std::span<const std::string> argu
   } catch (const CLI::ParseError& error) {
     return UsageError{error.what()};
   }
-  const bool inCommand = *grammar.stream || *grammar.clean;
+  const auto command = grammar.command();
   if (const auto extra = grammar.app.remaining(true); !extra.empty()) {
-    return unexpected(extra.front(), inCommand);
+    return unexpected(extra.front(), command != Command::Automatic);
   }
   if (grammar.versionAsked) {
     return Options{.command = Command::Print, .monitors = {}, .text = version};
   }
-  const auto command = *grammar.stream  ? Command::Stream
-                       : *grammar.clean ? Command::Clean
-                                        : Command::Automatic;
   return understood(grammar.raw, command, known);
 }
 

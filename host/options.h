@@ -11,6 +11,7 @@ namespace vantile::host {
 enum class Command {
   Automatic,  ///< no command was given: a dashboard on a terminal, five samples elsewhere
   Stream,
+  Watch,
   Clean,
   Print,  ///< print `text`: help or the version
 };
@@ -19,8 +20,13 @@ struct Options {
   Command command = Command::Automatic;
   std::vector<std::string> monitors;  ///< without repetitions, in the order given
   std::int32_t interval = 1;          ///< seconds
-  std::uint64_t count = 0;            ///< reports of each monitor; 0 is endless
+  std::uint64_t count = 0;  ///< reports of each monitor, with Watch of all together; 0 is endless
   std::string text;
+};
+
+/// The names to choose from.
+struct KnownMonitors {
+  std::vector<std::string> sampled, watchers;
 };
 
 /// What is wrong with the arguments, in one line.
@@ -28,9 +34,9 @@ struct UsageError {
   std::string message;
 };
 
-/// Reads the arguments after the program's name. `known` are the monitors to choose from; all of
-/// them are taken where none is chosen.
+/// Reads the arguments after the program's name. Where no monitor is chosen, Watch takes all
+/// watchers and everything else all that sample.
 std::variant<Options, UsageError> parseOptions(std::span<const std::string> arguments,
-                                               std::span<const std::string> known);
+                                               const KnownMonitors& known);
 
 }  // namespace vantile::host

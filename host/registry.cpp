@@ -1,14 +1,38 @@
 #include "registry.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "memory_monitor.h"
+#include "watchers.h"
 
 namespace vantile::host {
+namespace {
+
+std::vector<std::string> namesOf(bool watchers) {
+  std::vector<std::string> names;
+  for (const auto& monitor : monitors()) {
+    if (monitor.isWatcher() == watchers) names.emplace_back(monitor.name);
+  }
+  return names;
+}
+
+}  // namespace
 
 const std::vector<MonitorEntry>& monitors() {
   static const std::vector<MonitorEntry> all{
-      {"memory", true, startMemory, memoryPanes},
+      {"memory", true, startMemory},
+      {"downloads", false, startDownloads},
+      {"applications", false, startApplications},
+      {"trash", false, startTrash},
+  };
+  return all;
+}
+
+const std::vector<DashboardPart>& dashboardParts() {
+  static const std::vector<DashboardPart> all{
+      {{"memory"}, memoryPanes},
+      {{"downloads", "applications", "trash"}, eventPanes},
   };
   return all;
 }
@@ -17,10 +41,19 @@ const MonitorEntry& monitorNamed(std::string_view name) {
   return *std::ranges::find(monitors(), name, &MonitorEntry::name);
 }
 
-std::vector<std::string> monitorNames() {
-  std::vector<std::string> names;
-  for (const auto& monitor : monitors()) names.emplace_back(monitor.name);
-  return names;
+std::vector<std::string> sampledNames() {
+  return namesOf(false);
+}
+
+std::vector<std::string> watcherNames() {
+  return namesOf(true);
+}
+
+std::unique_ptr<RunningMonitor> startMonitor(const MonitorEntry& entry, const Sampling& sampling,
+                                             ReportSink sink) {
+  if (const auto* watch = std::get_if<StartWatching>(&entry.start))
+    return (*watch)(std::move(sink));
+  return std::get<StartSampling>(entry.start)(sampling, std::move(sink));
 }
 
 }  // namespace vantile::host

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "dashboard/pane.h"
@@ -16,26 +17,48 @@ namespace vantile::host {
 class RunningMonitor {
  public:
   virtual ~RunningMonitor() = default;
-  /// Takes one sample at once, beside those of the interval.
-  virtual void sampleNow() = 0;
 };
 
-/// A monitor that this program knows.
+/// When a monitor takes its samples.
+struct Sampling {
+  std::int32_t interval = 1;  ///< seconds
+  bool atOnce = false;        ///< one more at the start
+};
+
+/// Both start a monitor on the main thread, where its reports come too; null when the system has
+/// nothing for it to tell.
+using StartSampling = std::function<std::unique_ptr<RunningMonitor>(const Sampling&, ReportSink)>;
+using StartWatching = std::function<std::unique_ptr<RunningMonitor>(ReportSink)>;
+
+/// A monitor that this program knows: one that takes samples, or a watcher, which waits for the
+/// system to tell of a change.
 struct MonitorEntry {
   std::string_view name;
   bool ticks;  ///< reports once an interval, rather than when something changes
-  /// Starts it on the main thread's run loop; null when the system has no figures for it.
-  std::function<std::unique_ptr<RunningMonitor>(std::int32_t interval, ReportSink sink)> start;
-  /// Makes its part of the dashboard.
+  std::variant<StartSampling, StartWatching> start;
+
+  bool isWatcher() const { return std::holds_alternative<StartWatching>(start); }
+};
+
+/// A part of the dashboard: the monitors that tell it something, and its panes.
+struct DashboardPart {
+  std::vector<std::string_view> monitors;
   std::function<PaneGroup()> panes;
 };
 
-/// All of them, in the order of the dashboard.
 const std::vector<MonitorEntry>& monitors();
 
-/// The one of that name, which must be known.
+/// All parts, in their order on the screen.
+const std::vector<DashboardPart>& dashboardParts();
+
+/// The monitor of that name, which must be known.
 const MonitorEntry& monitorNamed(std::string_view name);
 
-std::vector<std::string> monitorNames();
+std::vector<std::string> sampledNames();
+std::vector<std::string> watcherNames();
+
+/// Starts it; a watcher has no use for `sampling`.
+std::unique_ptr<RunningMonitor> startMonitor(const MonitorEntry& entry, const Sampling& sampling,
+                                             ReportSink sink);
 
 }  // namespace vantile::host

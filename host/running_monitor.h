@@ -17,8 +17,6 @@ class Delegating final : public RunningMonitor {
   Delegating(const Delegating&) = delete;
   Delegating& operator=(const Delegating&) = delete;
 
-  void sampleNow() override { monitor_->updateInfo(); }
-
  private:
   std::shared_ptr<Monitor> monitor_;
 };

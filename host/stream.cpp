@@ -36,11 +36,13 @@ class Stream {
 
   bool start();
   void print(Source& source, const Report& report);
+  bool isDone() const;
   bool isDone(const Source& source) const;
 
   const Options& options_;
   Signals signals_{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
   EventLoop loop_{signals_};
+  std::uint64_t reports_ = 0;
   std::vector<Source> sources_;
 };
 
@@ -56,13 +58,15 @@ int Stream::run() {
 }
 
 bool Stream::start() {
-  sources_.reserve(options_.monitors.size());  // the sinks refer to its elements
-  for (const auto& name : options_.monitors) {
-    auto& source = sources_.emplace_back(Source{monitorNamed(name)});
-    source.running = source.entry.start(
-        options_.interval, [this, &source](const Report& report) { print(source, report); });
+  // All of them before the first is started: one that reports at once may be the last to be waited
+  // for, or not.
+  for (const auto& name : options_.monitors) sources_.push_back({monitorNamed(name)});
+  for (auto& source : sources_) {
+    source.running = startMonitor(source.entry, {.interval = options_.interval},
+                                  [this, &source](const Report& report) { print(source, report); });
     if (!source.running) {
-      complain("the " + name + " monitor has nothing to read on this system");
+      complain("the " + std::string(source.entry.name) +
+               " monitor has nothing to read on this system");
       return false;
     }
   }
@@ -84,10 +88,13 @@ void Stream::print(Source& source, const Report& report) {
       return loop_.end(1);
   }
   ++source.reports;
-  if (options_.count > 0 &&
-      std::ranges::all_of(sources_, [this](const Source& each) { return isDone(each); })) {
-    loop_.end(0);
-  }
+  ++reports_;
+  if (options_.count > 0 && isDone()) loop_.end(0);
+}
+
+bool Stream::isDone() const {
+  if (options_.command == Command::Watch) return reports_ >= options_.count;
+  return std::ranges::all_of(sources_, [this](const Source& each) { return isDone(each); });
 }
 
 bool Stream::isDone(const Source& source) const {

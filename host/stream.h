@@ -4,7 +4,8 @@
 
 namespace vantile::host {
 
-/// Prints the monitors' reports until the count is reached; gives the exit status.
+/// Prints the monitors' reports, for `stream` and `watch`, until the count is reached; gives the
+/// exit status.
 int runStream(const Options& options);
 
 }  // namespace vantile::host

@@ -104,6 +104,14 @@ std::string formatSpan(std::uint64_t seconds) {
   return rest == 0 ? hours : hours + " " + std::to_string(rest) + " min";
 }
 
+std::string formatClock(std::time_t moment) {
+  std::tm local = {};
+  std::array<char, 16> text{};
+  if (!localtime_r(&moment, &local)) return {};
+  std::strftime(text.data(), text.size(), "%H:%M:%S", &local);
+  return text.data();
+}
+
 std::u32string decodeUtf8(std::string_view text) {
   std::u32string characters;
   while (!text.empty()) {
@@ -163,7 +171,9 @@ int cellsOf(char32_t character) {
                             {0xFF00, 0xFF60},
                             {0xFFE0, 0xFFE6},
                             {0x1F300, 0x1F64F},
+                            {0x1F680, 0x1F6FF},
                             {0x1F900, 0x1F9FF},
+                            {0x1FA70, 0x1FAFF},
                             {0x20000, 0x3FFFD}},
                            character);
   return wide ? 2 : 1;
@@ -173,6 +183,21 @@ int cellsOf(std::string_view text) {
   int cells = 0;
   for (const auto character : decodeUtf8(text)) cells += cellsOf(character);
   return cells;
+}
+
+std::string clipped(std::string_view text, int cells) {
+  auto line = printable(text);
+  if (cellsOf(line) <= cells) return line;
+  std::string head;
+  if (cells <= 0) return head;
+  int left = cells - 1;  // but for the ellipsis
+  for (const auto character : decodeUtf8(line)) {
+    left -= cellsOf(character);
+    if (left < 0) break;
+    appendUtf8(head, character);
+  }
+  appendUtf8(head, U'…');
+  return head;
 }
 
 }  // namespace vantile::host

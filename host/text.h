@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ std::string formatFixed(double number, int digits);
 /// "45 s", "2 min", "1 h 30 min".
 std::string formatSpan(std::uint64_t seconds);
 
+/// The local time of day: "14:03:22".
+std::string formatClock(std::time_t moment);
+
 /// The characters of UTF-8 text. What is not UTF-8 becomes U+FFFD.
 std::u32string decodeUtf8(std::string_view text);
 void appendUtf8(std::string& text, char32_t character);
@@ -31,5 +35,7 @@ std::string printable(std::string_view text);
 int cellsOf(char32_t character);
 /// Cells that printable UTF-8 text takes.
 int cellsOf(std::string_view text);
+/// The text made printable, in at most that many cells: one that takes more ends in an ellipsis.
+std::string clipped(std::string_view text, int cells);
 
 }  // namespace vantile::host

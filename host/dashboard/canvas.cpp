@@ -17,6 +17,7 @@ char32_t likeness(char32_t glyph) {
       return U'|';
     case U'·':
     case U'•':
+    case U'…':
       return U'.';
     case U'╭':
     case U'╮':

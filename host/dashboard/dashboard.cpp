@@ -28,6 +28,7 @@
 #include "output.h"
 #include "registry.h"
 #include "signals.h"
+#include "text.h"
 
 namespace vantile::host {
 namespace {
@@ -68,14 +69,6 @@ std::string machineName() {
   return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
 }
 
-std::string clockText() {
-  const auto now = std::time(nullptr);
-  std::tm local = {};
-  std::array<char, 16> text{};
-  if (localtime_r(&now, &local)) std::strftime(text.data(), text.size(), "%H:%M:%S", &local);
-  return text.data();
-}
-
 class Dashboard {
  public:
   explicit Dashboard(const Options& options) : options_(options) {}
@@ -83,6 +76,7 @@ class Dashboard {
 
  private:
   bool start();
+  bool start(std::string_view monitor, const ReportSink& sink);
   void handleSignal(int number);
   void handleInput(short found);
   void handleKey(KeyPress key);
@@ -119,21 +113,27 @@ int Dashboard::run() {
 }
 
 bool Dashboard::start() {
-  for (const auto& name : options_.monitors) {
-    const auto& entry = monitorNamed(name);
-    auto group = entry.panes();
-    auto running =
-        entry.start(options_.interval, [this, show = std::move(group.take)](const Report& report) {
-          show(report);
-          changed_ = true;
-        });
-    if (!running) continue;
-    running->sampleNow();  // rather than an empty screen for the first interval
-    running_.push_back(std::move(running));
-    std::ranges::move(group.panes, std::back_inserter(panes_));
+  for (const auto& part : dashboardParts()) {
+    auto group = part.panes();
+    const ReportSink sink = [this, show = std::move(group.take)](const Report& report) {
+      show(report);
+      changed_ = true;
+    };
+    const auto started = std::ranges::count_if(
+        part.monitors, [&](std::string_view monitor) { return start(monitor, sink); });
+    if (started > 0) std::ranges::move(group.panes, std::back_inserter(panes_));
   }
   if (running_.empty()) complain("no monitor has anything to read on this system");
   return !running_.empty();
+}
+
+bool Dashboard::start(std::string_view monitor, const ReportSink& sink) {
+  // A sample at once, rather than an empty screen for the first interval.
+  auto running =
+      startMonitor(monitorNamed(monitor), {.interval = options_.interval, .atOnce = true}, sink);
+  if (!running) return false;
+  running_.push_back(std::move(running));
+  return true;
 }
 
 void Dashboard::handleSignal(int number) {
@@ -175,7 +175,7 @@ void Dashboard::redraw() {
   Canvas canvas(terminal_->size());
   pages_ = drawScreen(canvas, panes_,
                       {.machine = machineName(),
-                       .clock = clockText(),
+                       .clock = formatClock(std::time(nullptr)),
                        .message = log_.latest(),
                        .interval = options_.interval,
                        .page = page_});

@@ -51,10 +51,10 @@ TEST(HostCanvas, APartOfAPartStaysWithinBoth) {
 }
 
 TEST(HostCanvas, AnAsciiTerminalGetsLikenesses) {
-  Canvas canvas({9, 1});
-  canvas.region().text(0, 0, "╭─│█▎⣿⣀é■");
+  Canvas canvas({10, 1});
+  canvas.region().text(0, 0, "╭─│█▎⣿⣀é■…");
   canvas.makeAscii();
-  EXPECT_EQ(canvas.rows(), (Rows{"+-|# :.?*"}));
+  EXPECT_EQ(canvas.rows(), (Rows{"+-|# :.?*."}));
 }
 
 TEST(HostCanvas, ANegativeSizeIsEmpty) {

@@ -16,6 +16,7 @@ export ASAN_OPTIONS TSAN_OPTIONS UBSAN_OPTIONS
 
 LC_ALL=C.UTF-8
 export LC_ALL
+own_folders
 
 terminal() {
   tmux -L "$SOCKET" -f /dev/null "$@"
@@ -80,6 +81,14 @@ for text in "■ Used" "■ Wired" "■ Active" "■ Compressed" "■ Inactive" 
   appears "$text" || fail "the dashboard does not show '$text'"
 done
 screen | grep -q '█' || fail "there are no bars"
+
+appears "nothing yet, watching downloads, applications and the Trash" ||
+  fail "an empty list of events does not say what is watched"
+appears "0 B in the Trash" || fail "the Trash's size is not shown"
+printf '[Desktop Entry]\nType=Application\nName=A\nExec=a\n' >"$WORK/a.desktop"
+mv "$WORK/a.desktop" "$XDG_DATA_HOME/Trash/files/"
+appears "application in the Trash  a.desktop" || fail "an application in the Trash is not told"
+appears "47 B in the Trash" || fail "the Trash's growth is not followed"
 
 terminal resize-window -x 120 -y 40
 appears "╮╭─ Memory used" || fail "a wide terminal has no columns"

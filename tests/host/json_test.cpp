@@ -82,6 +82,20 @@ TEST(HostJson, AReportIsOneLine) {
             "\n");
 }
 
+TEST(HostJson, ANilPathIsNull) {
+  const std::optional<std::string> path;
+  const Report report{"downloads", "downloadFileCompleted", {argument(path)}};
+  EXPECT_EQ(jsonLine(report, std::chrono::sys_time<std::chrono::milliseconds>(1s)),
+            R"({"time":1.0,"monitor":"downloads","operation":"downloadFileCompleted",)"
+            R"("arguments":[null]})"
+            "\n");
+}
+
+TEST(HostJson, APathThatIsThereIsText) {
+  const Report report{"trash", "trashAddedApp", {argument(std::string("/a\xff"))}};
+  EXPECT_NE(jsonLine(report, {}).find("\"arguments\":[\"/a\uFFFD\"]"), std::string::npos);
+}
+
 TEST(HostJson, AReportWithoutArgumentsHasAnEmptyList) {
   const Report report{"disk", "changed", {}};
   EXPECT_EQ(jsonLine(report, std::chrono::sys_time<std::chrono::milliseconds>(1s)),

@@ -29,6 +29,14 @@ TEST(HostLayout, ANarrowScreenStacksThePanesInOrder) {
   EXPECT_EQ(rectOf(pages[0], 3), (Rect{0, 19, 80, 3}));
 }
 
+TEST(HostLayout, AnOrdinaryTerminalTakesAllPanesAtTheirLeast) {
+  auto panes = memoryLike;
+  panes.push_back({1, 4, true});  // a list
+  const auto pages = layOut(panes, {80, 22});
+  ASSERT_EQ(pages.size(), 1u);
+  EXPECT_EQ(rectOf(pages[0], 4), (Rect{0, 19, 80, 3}));
+}
+
 TEST(HostLayout, AWideScreenHasColumnsThatFillIt) {
   const auto pages = layOut(memoryLike, {120, 38});
   ASSERT_EQ(pages.size(), 1u);

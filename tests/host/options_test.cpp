@@ -9,7 +9,7 @@
 namespace vantile::host {
 namespace {
 
-const std::vector<std::string> known{"memory", "disk"};
+const KnownMonitors known{{"memory", "disk"}, {"trash", "downloads"}};
 
 std::variant<Options, UsageError> parsed(const std::vector<std::string>& arguments) {
   return parseOptions(arguments, known);
@@ -30,10 +30,10 @@ std::string errorOf(const std::vector<std::string>& arguments) {
 
 using Names = std::vector<std::string>;
 
-TEST(HostOptions, WithoutArgumentsTheTerminalDecidesAndAllMonitorsRun) {
+TEST(HostOptions, WithoutArgumentsTheTerminalDecidesAndWhatSamplesRuns) {
   const auto options = optionsOf({});
   EXPECT_EQ(options.command, Command::Automatic);
-  EXPECT_EQ(options.monitors, known);
+  EXPECT_EQ(options.monitors, known.sampled);
   EXPECT_EQ(options.interval, 1);
   EXPECT_EQ(options.count, 0u);
 }
@@ -54,6 +54,40 @@ TEST(HostOptions, TheLastOfARepeatedOptionCounts) {
   EXPECT_EQ(optionsOf({"stream", "--interval", "2", "--interval", "5"}).interval, 5);
 }
 
+TEST(HostOptions, AStreamHasWatchersWhereTheyAreNamedAlone) {
+  EXPECT_EQ(optionsOf({"stream"}).monitors, known.sampled);
+  EXPECT_EQ(optionsOf({"stream", "--monitors", "memory,trash"}).monitors,
+            (Names{"memory", "trash"}));
+}
+
+TEST(HostOptions, WatchTakesAllWatchersOrThoseNamed) {
+  const auto options = optionsOf({"watch", "--count", "2"});
+  EXPECT_EQ(options.command, Command::Watch);
+  EXPECT_EQ(options.count, 2u);
+  EXPECT_EQ(options.monitors, known.watchers);
+  EXPECT_EQ(optionsOf({"watch", "downloads"}).monitors, (Names{"downloads"}));
+}
+
+TEST(HostOptions, WatchersAreSeparatedByCommasOrSpaces) {
+  const Names both{"downloads", "trash"};
+  EXPECT_EQ(optionsOf({"watch", "downloads,trash,downloads"}).monitors, both);
+  EXPECT_EQ(optionsOf({"watch", "downloads", "trash", "downloads"}).monitors, both);
+}
+
+TEST(HostOptions, AnUnknownWatcherIsNamedBesideTheKnownOnes) {
+  for (const std::string name : {"", "trsh", "memory", "stream"}) {
+    const auto message = "unknown watcher '" + name + "' (known: trash, downloads)";
+    EXPECT_EQ(errorOf({"watch", name}), message);
+    EXPECT_EQ(errorOf({"watch", "trash", name}), message);
+    EXPECT_EQ(errorOf({"watch", "trash," + name}), message);
+  }
+}
+
+TEST(HostOptions, WatchTakesNoInterval) {
+  EXPECT_EQ(errorOf({"watch", "--interval", "1"}),
+            "unknown option '--interval' (see vantile-host --help)");
+}
+
 TEST(HostOptions, CleanTakesNothing) {
   EXPECT_EQ(optionsOf({"clean"}).command, Command::Clean);
   EXPECT_EQ(errorOf({"clean", "--count", "3"}),
@@ -62,9 +96,9 @@ TEST(HostOptions, CleanTakesNothing) {
 
 TEST(HostOptions, AnUnknownMonitorIsNamedBesideTheKnownOnes) {
   EXPECT_EQ(errorOf({"stream", "--monitors", "memory,memroy"}),
-            "unknown monitor 'memroy' (known: memory, disk)");
+            "unknown monitor 'memroy' (known: memory, disk, trash, downloads)");
   EXPECT_EQ(errorOf({"stream", "--monitors", "memory,"}),
-            "unknown monitor '' (known: memory, disk)");
+            "unknown monitor '' (known: memory, disk, trash, downloads)");
 }
 
 TEST(HostOptions, AnIntervalIsOneSecondToADay) {
@@ -88,7 +122,7 @@ TEST(HostOptions, AnOptionWithoutItsValueIsNamed) {
 
 TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {
   EXPECT_EQ(errorOf({"strem"}),
-            "unknown command 'strem' (known: stream, clean; see vantile-host --help)");
+            "unknown command 'strem' (known: stream, watch, clean; see vantile-host --help)");
   EXPECT_EQ(errorOf({"--verbose"}), "unknown option '--verbose' (see vantile-host --help)");
   EXPECT_EQ(errorOf({"stream", "more"}), "unexpected argument 'more' (see vantile-host --help)");
 }
@@ -96,7 +130,7 @@ TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {
 TEST(HostOptions, HelpTellsOfCommandsExamplesAndExitStatus) {
   const auto options = optionsOf({"--help"});
   EXPECT_EQ(options.command, Command::Print);
-  for (const char* part : {"stream", "clean", "Examples:", "Exit status:", "128+N"}) {
+  for (const char* part : {"stream", "watch", "clean", "Examples:", "Exit status:", "128+N"}) {
     EXPECT_NE(options.text.find(part), std::string::npos) << part;
   }
 }
@@ -106,10 +140,14 @@ TEST(HostOptions, ACommandsHelpIsItsOwn) {
   EXPECT_NE(text.find("--interval SECONDS"), std::string::npos);
   EXPECT_NE(text.find("memory, disk"), std::string::npos);
   EXPECT_EQ(text.find("Subcommands:"), std::string::npos);
+  const auto watching = optionsOf({"watch", "--help"}).text;
+  EXPECT_NE(watching.find("trash, downloads"), std::string::npos);
+  EXPECT_EQ(watching.find("--interval"), std::string::npos);
 }
 
 TEST(HostOptions, HelpFitsAnOrdinaryTerminal) {
-  for (const Names& arguments : {Names{"--help"}, {"stream", "--help"}, {"clean", "--help"}}) {
+  for (const Names& arguments :
+       {Names{"--help"}, {"stream", "--help"}, {"watch", "--help"}, {"clean", "--help"}}) {
     const auto text = optionsOf(arguments).text;
     for (std::size_t start = 0; start < text.size();) {
       const auto end = text.find('\n', start);

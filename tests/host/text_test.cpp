@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <ctime>
 #include <limits>
 #include <string>
 
@@ -64,8 +66,36 @@ TEST(HostText, PrintableTextIsOneLineWithoutControls) {
   EXPECT_EQ(printable("a\nb\x1b[2J"), "a\uFFFDb\uFFFD[2J");
 }
 
+TEST(HostText, TheTimeOfDayIsTheLocalOne) {
+  setenv("TZ", "<+0530>-05:30", 1);
+  tzset();
+  EXPECT_EQ(formatClock(0), "05:30:00");
+  setenv("TZ", "UTC", 1);
+  tzset();
+  EXPECT_EQ(formatClock(86399), "23:59:59");
+}
+
+TEST(HostText, WhatIsTooLongEndsInAnEllipsis) {
+  EXPECT_EQ(clipped("abc", 3), "abc");
+  EXPECT_EQ(clipped("abcd", 3), "ab…");
+  EXPECT_EQ(clipped("ab", 1), "…");
+  EXPECT_EQ(clipped("ab", 0), "");
+  EXPECT_EQ(clipped("ab", -1), "");
+}
+
+TEST(HostText, AWideCharacterIsNotCutInHalf) {
+  EXPECT_EQ(clipped("日本", 4), "日本");
+  EXPECT_EQ(clipped("日本語", 4), "日…");
+}
+
+TEST(HostText, WhatIsClippedIsPrintable) {
+  EXPECT_EQ(clipped("a\x1b[2J", 4), "a\uFFFD[…");
+  EXPECT_EQ(clipped("\xff\n", 2), "\uFFFD\uFFFD");
+}
+
 TEST(HostText, WideCharactersTakeTwoCellsAndCombiningOnesNone) {
   EXPECT_EQ(cellsOf("日本"), 4);
+  EXPECT_EQ(cellsOf("😀🚀🪐"), 6);
   EXPECT_EQ(cellsOf("e\u0301"), 1);
   EXPECT_EQ(cellsOf("■ 75 %"), 6);
 }

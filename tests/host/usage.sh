@@ -13,12 +13,15 @@ refuses() {
     [ "$(cat "$WORK/err")" = "vantile-host: $expected" ]
 }
 
-refuses "unknown monitor 'memroy' (known: memory)" stream --monitors memroy
+refuses "unknown monitor 'memroy' (known: memory, downloads, applications, trash)" \
+  stream --monitors memroy
+refuses "unknown watcher 'trsh' (known: downloads, applications, trash)" watch downloads trsh
+refuses "unknown option '--interval' (see vantile-host --help)" watch --interval 1
 refuses "--interval must be a whole number of seconds from 1 to 86400, not '0'" \
   stream --interval 0
 refuses "--count must be a whole number, 0 for no end, not 'many'" stream --count many
 refuses "unknown option '--verbose' (see vantile-host --help)" --verbose
-refuses "unknown command 'strem' (known: stream, clean; see vantile-host --help)" strem
+refuses "unknown command 'strem' (known: stream, watch, clean; see vantile-host --help)" strem
 refuses "option '--count' needs a value (see vantile-host --help)" stream --count
 
 "$HOST" stream --monitors "$(printf 'a\nb')" 2>"$WORK/err"
