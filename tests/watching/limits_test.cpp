@@ -1,12 +1,14 @@
 // What a queue says and does when the system has no more to give. Each test asks for all there is
 // in a process of its own.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -35,6 +37,16 @@ bool limitInotify(const char* name, const char* number) {
   return static_cast<bool>(file << number << std::flush);
 }
 
+/// Leaves no descriptor below `limit`, nor any above. Which of them were open before depends on who
+/// started the tests.
+bool takeAllDescriptors(rlim_t limit) {
+  const rlimit descriptors = {limit, limit};
+  if (::setrlimit(RLIMIT_NOFILE, &descriptors) != 0) return false;
+  const int any = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  for (int taken = any; taken >= 0;) taken = ::dup(any);
+  return errno == EMFILE;
+}
+
 bool endsWith(const std::vector<std::string>& lines, const std::string& beginning) {
   return !lines.empty() && lines.back().starts_with(beginning);
 }
@@ -45,13 +57,13 @@ TEST_F(Limits, AWantOfDescriptorsIsNamedWithTheLimit) {
   const int code = inChild([this] {
     const RecordedLog log;
     const auto queue = FSWatchQueue::init();
-    const rlimit none = {3, 3};
-    ::setrlimit(RLIMIT_NOFILE, &none);
+    if (!takeAllDescriptors(64)) return skipped;
     queue->addPath(watched);
-    const bool named = log.lines.size() == 2 && log.lines[0].find(watched) != std::string::npos &&
-                       log.lines[1] == "WatchQueue: RLIMIT_NOFILE is 3";
-    return named && queue->numberOfWatchedPaths() == 0 ? 0 : 1;
+    if (queue->numberOfWatchedPaths() != 0) return 1;
+    if (log.lines.size() != 2 || log.lines[0].find(watched) == std::string::npos) return 2;
+    return log.lines[1] == "WatchQueue: RLIMIT_NOFILE is 64" ? 0 : 3;
   });
+  if (code == skipped) GTEST_SKIP() << "the number of descriptors can't be limited here";
   EXPECT_EQ(code, 0);
 }
 
