@@ -58,6 +58,7 @@ class VANTILE_API WatchQueuePathEntry {
   const std::shared_ptr<FileEvents> events_;
   const std::uint64_t tag_;        // by which the kernel's events name the entry
   std::weak_ptr<EntryTags> tags_;  // of the queue that the entry is in
+  std::uint64_t generation_ = 0;   // of that queue when it was taken in; under the queue's lock
   mutable std::mutex mutex_;
   std::string _path;
   std::int32_t _watchedFD;

@@ -94,6 +94,7 @@ FSWatchQueue::Entry FSWatchQueue::put(const std::string& path, std::uint32_t fla
   entry->setSubscriptionFlags(flags);
   _watchedPathEntries.insert_or_assign(path, entry);
   if (isNew) {  // before its first event can come
+    entry->generation_ = generation_;
     entry->tags_ = kernel_->tags;
     kernel_->tags->add(entry->tag_, entry);
   }
@@ -124,12 +125,7 @@ void FSWatchQueue::removeAllPaths() {
   const std::lock_guard lock(lock_);
   for (const auto& [path, entry] : _watchedPathEntries) entry->setRemoved();
   _watchedPathEntries.clear();
-  ++emptied_;
-}
-
-std::uint64_t FSWatchQueue::timesEmptied() const {
-  const std::lock_guard lock(lock_);
-  return emptied_;
+  ++generation_;
 }
 
 std::uint32_t FSWatchQueue::numberOfWatchedPaths() const {

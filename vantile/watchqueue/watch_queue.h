@@ -118,16 +118,13 @@ class VANTILE_API FSWatchQueue final : public std::enable_shared_from_this<FSWat
   void take(const std::string& path, const WatchQueuePathEntry* entry);
   void startWatcherThread();
   static void watcherThread(Kernel& kernel, const std::weak_ptr<FSWatchQueue>& queue);
-  static void handOverEvent(Kernel& kernel, const std::weak_ptr<FSWatchQueue>& queue);
   static bool handOver(const FileEvent& event, Kernel& kernel,
                        const std::weak_ptr<FSWatchQueue>& queue);
 
   void handle(const Entry& entry, const std::string& path, std::uint32_t changes);
   void handleRename(const Entry& entry, const std::string& path);
-  void follow(const Entry& entry, const std::string& newPath, const std::string& oldPath,
-              std::uint64_t emptiedBefore);
+  void follow(const Entry& entry, const std::string& newPath, const std::string& oldPath);
   void handleDeletion(const Entry& entry, const std::string& path);
-  std::uint64_t timesEmptied() const;
   void post(const char* name, const std::string& path);
 
   const std::unique_ptr<const WatchQueuePorts> ports_;
@@ -138,7 +135,7 @@ class VANTILE_API FSWatchQueue final : public std::enable_shared_from_this<FSWat
 
   mutable std::recursive_mutex lock_;  // over the table
   std::unordered_map<std::string, Entry> _watchedPathEntries;
-  std::uint64_t emptied_ = 0;  // how often all paths were removed
+  std::uint64_t generation_ = 0;  // of the entries: how often all paths were removed before
 };
 
 }  // namespace vantile

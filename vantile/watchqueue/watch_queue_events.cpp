@@ -57,30 +57,21 @@ void FSWatchQueue::startWatcherThread() {
   logLine("WatchQueue: no thread could be started to wait for file events");
 }
 
+/// Waits for events and hands them to the main thread, one at a time. One that is not handed over
+/// is taken up here, or no other of its item's would come.
 void FSWatchQueue::watcherThread(Kernel& kernel, const std::weak_ptr<FSWatchQueue>& queue) {
   while (kernel._keepWatcherThreadRunning) {
+    std::optional<FileEvent> event;
     try {
-      handOverEvent(kernel, queue);
+      event = kernel._coreQueueFD->wait(waitAtMost);
+      if (event && handOver(*event, kernel, queue)) continue;
     } catch (const std::exception& error) {
       logLine(std::string("Error in WatchQueue watcherThread: ") + error.what());
     }
+    if (event) kernel._coreQueueFD->delivered(event->tag);
   }
   if (const int error = kernel._coreQueueFD->close(); error != 0)
     logLine("WatchQueue watcherThread: Couldn't close main kqueue (" + std::to_string(error) + ")");
-}
-
-/// Waits for one event and hands it to the main thread. One that is not handed over is taken up
-/// here, or no other of its item's would come.
-void FSWatchQueue::handOverEvent(Kernel& kernel, const std::weak_ptr<FSWatchQueue>& queue) {
-  const auto event = kernel._coreQueueFD->wait(waitAtMost);
-  if (!event) return;
-  try {
-    if (handOver(*event, kernel, queue)) return;
-  } catch (...) {
-    kernel._coreQueueFD->delivered(event->tag);
-    throw;
-  }
-  kernel._coreQueueFD->delivered(event->tag);
 }
 
 bool FSWatchQueue::handOver(const FileEvent& event, Kernel& kernel,
@@ -125,9 +116,8 @@ void FSWatchQueue::handleRename(const Entry& entry, const std::string& path) {
   }
   if (const auto renamed = filePathForFileDescrWithSearchFolderWithRecursive(
           watched, withoutLastPathComponent(path), false)) {
-    const auto emptiedBefore = timesEmptied();
     tell(delegate(), &FSWatchQueueDelegate::WatchQueueRenameForPath, *this, *renamed, path);
-    follow(entry, *renamed, path, emptiedBefore);
+    follow(entry, *renamed, path);
     return;
   }
   tell(delegate(), &FSWatchQueueDelegate::WatchQueueReceivedNotificationForPath, *this,
@@ -138,9 +128,9 @@ void FSWatchQueue::handleRename(const Entry& entry, const std::string& path) {
 /// the new path can't be opened, or is another file by now: then the entry itself, which still
 /// hangs on the item, goes on under that path, and the next rename is followed from there.
 void FSWatchQueue::follow(const Entry& entry, const std::string& newPath,
-                          const std::string& oldPath, std::uint64_t emptiedBefore) {
+                          const std::string& oldPath) {
   const std::lock_guard lock(lock_);
-  if (emptied_ != emptiedBefore) return;  // all paths were removed meanwhile
+  if (entry->generation_ != generation_) return;  // all paths were removed since
   int error = 0;
   const auto present = _watchedPathEntries.find(newPath);
   const auto now = present == _watchedPathEntries.end()

@@ -238,6 +238,31 @@ TEST_F(Followed, RemovingAllPathsInsideTheCallIsNotUndone) {
   EXPECT_EQ(events.openItems(), 0u);
 }
 
+TEST_F(Followed, RemovingAllPathsEndsARenameThatIsOnItsWay) {
+  watchFiles({"/disk/d/a", "/disk/d/x"});
+  queue->removePath("/disk/d/x");
+  watchFiles({"/disk/d/x"});
+  tree.move("d/a", "d/b");
+  tree.move("d/x", "d/y");
+  events.happen("/disk/d/a", fileRenamed);
+  events.happen("/disk/d/x", fileRenamed);
+  threads.step();
+  queue->removePath("/disk/d/x");
+  queue->removeAllPaths();
+  loop.settle();
+  EXPECT_EQ(told, (Lines{"renamed /disk/d/a to /disk/d/b", "renamed /disk/d/x to /disk/d/y"}));
+  EXPECT_EQ(queue->numberOfWatchedPaths(), 0u);
+  EXPECT_EQ(events.openItems(), 0u);
+}
+
+TEST_F(Followed, WhatIsWatchedAfterAllPathsWereRemovedIsFollowedAgain) {
+  watchFiles({"/disk/d/a"});
+  queue->removeAllPaths();
+  watchFiles({"/disk/d/a"});
+  rename("/disk/d/a", "/disk/d/b");
+  EXPECT_EQ(events.watchedPaths(), (Paths{{"/disk/d/b", 127}}));
+}
+
 TEST_F(Followed, RemovingTheOldPathAloneInsideTheCallChangesNothing) {
   delegate->WatchQueueRenameForPath = [](FSWatchQueue& teller, const std::string&,
                                          const std::string& from) { teller.removePath(from); };
