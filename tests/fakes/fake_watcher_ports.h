@@ -31,13 +31,13 @@ class FakeBrowsers final : public Browsers {
   }
   std::vector<std::string> preferenceFolders() override { return folders; }
   bool hasSafariFolder() override { return hasSafari; }
-  bool isUnfinished(const std::string& path) override { return unfinished(path); }
+  bool renamesUnfinished() override { return renames; }
 
   std::map<std::string, DownloadSetting> settings;         ///< by the property list's name
   std::vector<std::pair<std::string, std::string>> asked;  ///< paths and keys
   std::vector<std::string> folders;
   bool hasSafari = true;
-  std::function<bool(const std::string& path)> unfinished = [](const auto&) { return false; };
+  bool renames = false;  ///< downloads that go on
 };
 
 class FakePropertyLists final : public PropertyLists {

@@ -58,12 +58,11 @@ TEST_F(BrowsersSeam, ReadTheListEachTime) {
 TEST_F(BrowsersSeam, StandAsTheSystemHasThem) {
   EXPECT_TRUE(browsers->preferenceFolders().empty());
   EXPECT_TRUE(browsers->hasSafariFolder());
-  EXPECT_FALSE(browsers->isUnfinished("/Users/ada/Downloads/file.part"));
-  EXPECT_FALSE(browsers->isUnfinished("/Users/ada/Downloads/file.download"));
+  EXPECT_FALSE(browsers->renamesUnfinished());
 }
 
-TEST_F(BrowsersSeam, AreApartForEachCaller) {
-  EXPECT_NE(systemBrowsers(), browsers);
+TEST_F(BrowsersSeam, AreSharedByTheProcess) {
+  EXPECT_EQ(systemBrowsers(), browsers);
 }
 
 }  // namespace

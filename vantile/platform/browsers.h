@@ -46,13 +46,13 @@ class Browsers {
   /// Whether Safari keeps a folder with its download history. macOS: yes. Linux: no.
   virtual bool hasSafariFolder() = 0;
 
-  /// Whether a download that is renamed to `path` still goes on under its new name.
-  /// macOS: never. Linux: when it has one of the extensions "download", "crdownload", "part" and
-  /// "opdownload"; Firefox renames its item once before the last time.
-  virtual bool isUnfinished(const std::string& path) = 0;
+  /// Whether a download may be renamed while it goes on, and has an unfinished one's extension
+  /// under its new name, too. macOS: no. Linux: yes, Firefox renames its item once before the last
+  /// time.
+  virtual bool renamesUnfinished() = 0;
 };
 
-/// The user's browsers, with what was read of them so far; a new one each time.
+/// The user's browsers, shared by the process.
 VANTILE_API std::shared_ptr<Browsers> systemBrowsers();
 
 }  // namespace vantile

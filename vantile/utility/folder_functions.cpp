@@ -15,8 +15,6 @@
 namespace vantile {
 namespace {
 
-constexpr std::int32_t plainFolder = 0;
-constexpr std::int32_t application = 1;
 constexpr std::size_t longestDesktopEntry = 1 << 20;
 
 struct IdentityHash {
@@ -60,11 +58,11 @@ std::int32_t trv_all_app(const char* path, std::int32_t, folder_item_callback ca
   if (!callback) return -1;
   return vantile::traverse(path, stop, [callback](const WalkedEntry& entry) {
     if (vantile::isApplication(entry)) {
-      callback(entry.path(), vantile::application);
+      callback(entry.path(), vantile::applicationKind);
       return Visit::pass;
     }
     if (entry.kind() != FileKind::folder) return Visit::pass;
-    callback(entry.path(), vantile::plainFolder);
+    callback(entry.path(), vantile::folderKind);
     return Visit::enter;
   });
 }
@@ -73,7 +71,7 @@ std::int32_t trv_sub_app(const char* path, folder_item_callback callback,
                          std::int32_t* stop) noexcept {
   if (!callback) return -1;
   return vantile::traverse(path, stop, [callback](const WalkedEntry& entry) {
-    if (vantile::isApplication(entry)) callback(entry.path(), vantile::application);
+    if (vantile::isApplication(entry)) callback(entry.path(), vantile::applicationKind);
     return Visit::pass;
   });
 }

@@ -43,3 +43,10 @@ VANTILE_API std::int32_t trv_sub_download(const char* path, download_item_callba
 VANTILE_API std::uint64_t get_folder_size(const char* path) noexcept;
 
 }  // extern "C"
+
+namespace vantile {
+
+/// The kinds by which `folder_item_callback` is told of an item.
+constexpr std::int32_t folderKind = 0, applicationKind = 1;
+
+}  // namespace vantile

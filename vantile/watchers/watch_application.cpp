@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "vantile/foundation/guard.h"
+#include "vantile/foundation/value.h"
 #include "vantile/platform/file_events.h"
 #include "vantile/utility/folder_functions.h"
 #include "vantile/utility/general_utility.h"
@@ -16,11 +17,15 @@
 namespace vantile {
 namespace {
 
-constexpr std::int32_t applicationKind = 1;
-
-std::shared_ptr<const Dictionary> systemList(const WatcherPorts& ports) {
+std::unordered_set<std::string> systemNames(const WatcherPorts& ports) {
   const auto path = ports.resources->path("SystemApplication", "plist");
-  return path ? ports.lists->read(*path) : nullptr;
+  const auto list = path ? ports.lists->read(*path) : nullptr;
+  std::unordered_set<std::string> names;
+  if (!list) return names;
+  for (const auto& entry : *list)
+    if (const auto* const name = entry.value.as<std::string>())
+      names.insert(ports.folding->lowerCased(*name));
+  return names;
 }
 
 /// What a folder's path is a prefix of, whatever the case and diacritics of either.
@@ -66,12 +71,7 @@ std::shared_ptr<WatchApplication> WatchApplication::init() {
 }
 
 WatchApplication::WatchApplication()
-    : _sysAppDic(systemList(*ports_)), _appRootPath(GeneralUtility::applicationPath()) {
-  if (!_sysAppDic) return;
-  for (const auto& entry : *_sysAppDic)
-    if (const auto* const name = entry.value.as<std::string>())
-      systemNames_.insert(ports_->folding->lowerCased(*name));
-}
+    : _sysAppDic(systemNames(*ports_)), _appRootPath(GeneralUtility::applicationPath()) {}
 
 WatchApplication::~WatchApplication() = default;
 
@@ -100,10 +100,10 @@ void WatchApplication::findApplications(const std::string& folder) {
 }
 
 bool WatchApplication::isSystemApplication(const std::string& path) const {
-  if (systemNames_.empty()) return false;
+  if (_sysAppDic.empty()) return false;
   auto name = ports_->applications->displayName(path);
   if (isNilOrEmpty(name)) name = withoutPathExtension(lastPathComponent(path));
-  return systemNames_.contains(ports_->folding->lowerCased(withoutPathExtension(*name)));
+  return _sysAppDic.contains(ports_->folding->lowerCased(withoutPathExtension(*name)));
 }
 
 void WatchApplication::fillAppByPath(const std::string& path) {

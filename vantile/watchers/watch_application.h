@@ -10,7 +10,6 @@
 
 #include "vantile/foundation/api.h"
 #include "vantile/foundation/delegate_slot.h"
-#include "vantile/foundation/value.h"
 #include "vantile/watchers/folder_watcher.h"
 #include "vantile/watchers/path_list.h"
 
@@ -89,9 +88,8 @@ class VANTILE_API WatchApplication final : public FolderWatcher {
   void takeFolders(const std::string& folder);
 
   DelegateSlot<ApplicationsWatchDelegate> _delegate;
-  const std::shared_ptr<const Dictionary> _sysAppDic;  // null when the host has none
+  const std::unordered_set<std::string> _sysAppDic;  // the values of the host's list, in lower case
   const std::string _appRootPath;
-  std::unordered_set<std::string> systemNames_;  // the list's values, in lower case
 
   // Under `work_`:
   PathList _watchApps, _watchFolders;  // known to be there

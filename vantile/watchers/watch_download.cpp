@@ -287,7 +287,8 @@ void WatchDownload::WatchQueueRenameForPath(FSWatchQueue&, const std::string& ne
   {
     const std::lock_guard lock(work_);
     if (ended() || dropDownloadFolder(oldPath) || !dropUnfinished(oldPath)) return;
-    if (ports_->browsers->isUnfinished(newPath)) {
+    if (ports_->browsers->renamesUnfinished() &&
+        codeOfExtension(pathExtension(newPath)) != unknownBrowserCode) {
       _watchDownload.add(newPath);  // the queue goes on watching it there
       return;
     }

@@ -14,7 +14,6 @@
 namespace vantile {
 namespace {
 
-constexpr std::int32_t applicationKind = 1;
 constexpr std::uint32_t ofMovedApplications = fileDeleted | fileRenamed;
 
 }  // namespace

@@ -193,7 +193,7 @@ TEST_F(DownloadCompletion, AWatcherThatIsGoneBeforeItsArchiveIsLookedAtStillRepo
 class RenamedOnTheWay : public Downloads {
  protected:
   RenamedOnTheWay() {
-    ports.browsers->unfinished = [](const std::string& path) { return path.ends_with(".part"); };
+    ports.browsers->renames = true;
     startedWithChrome();
     put(first);
     rename(first, second);
@@ -228,6 +228,31 @@ TEST_F(RenamedOnTheWay, ReportsItsDeletion) {
   file(last);
   erase(second);
   EXPECT_EQ(completed, Paths{last});
+}
+
+TEST_F(RenamedOnTheWay, GoesOnUnderEachBrowsersExtension) {
+  auto before = second;
+  for (const auto* const name : {"/a.crdownload", "/a.download", "/a.zip.part", "/a.opdownload"}) {
+    rename(before, downloads + name);
+    before = downloads + name;
+    EXPECT_TRUE(completed.empty()) << name;
+    EXPECT_EQ(bitsOf(before), asUnfinished) << name;
+  }
+}
+
+TEST_F(RenamedOnTheWay, IsFinishedUnderAnyOther) {
+  std::size_t finished = 0;
+  for (const auto* const name : {"/.part", "/part", "/a.PART", "/a.parts", "/a.part.pdf"}) {
+    put(first);
+    rename(first, downloads + name);
+    EXPECT_EQ(completed.size(), ++finished) << name;
+  }
+}
+
+TEST_F(RenamedOnTheWay, IsFinishedWhereTheSystemKnowsNoSuchRename) {
+  ports.browsers->renames = false;
+  rename(second, downloads + "/b.pdf.part");
+  EXPECT_EQ(completed, Paths{downloads + "/b.pdf.part"});
 }
 
 TEST_F(RenamedOnTheWay, MayBeRenamedManyTimes) {

@@ -1,7 +1,7 @@
 #include "vantile/platform/applications.h"
 
 #include "vantile/platform/linux/glib_text.h"
-#include "vantile/platform/linux/regular_file.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {

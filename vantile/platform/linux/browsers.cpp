@@ -7,6 +7,7 @@
 
 #include "vantile/platform/linux/statx.h"
 #include "vantile/platform/parsers/firefox_profiles.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -149,18 +150,9 @@ Paths LinuxBrowsers::preferenceFolders() {
   return folders;
 }
 
-bool LinuxBrowsers::isUnfinished(const std::string& path) {
-  constexpr std::array<std::string_view, 4> unfinished = {"download", "crdownload", "part",
-                                                          "opdownload"};
-  const auto trimmed = std::string_view(path).substr(0, path.find_last_not_of('/') + 1);
-  const auto name = lastComponent(trimmed);
-  const auto dot = name.rfind('.');
-  if (dot == std::string_view::npos || dot == 0) return false;
-  return std::find(unfinished.begin(), unfinished.end(), name.substr(dot + 1)) != unfinished.end();
-}
-
 std::shared_ptr<Browsers> systemBrowsers() {
-  return std::make_shared<LinuxBrowsers>();
+  static auto& browsers = *new std::shared_ptr<Browsers>(std::make_shared<LinuxBrowsers>());
+  return browsers;
 }
 
 }  // namespace vantile

@@ -24,7 +24,7 @@ class LinuxBrowsers final : public Browsers {
   std::optional<DownloadSetting> setting(const BrowserPreference& preference) override;
   std::vector<std::string> preferenceFolders() override;
   bool hasSafariFolder() override { return false; }
-  bool isUnfinished(const std::string& path) override;
+  bool renamesUnfinished() override { return true; }
 
  private:
   using Paths = std::vector<std::string>;

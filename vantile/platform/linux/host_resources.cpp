@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "vantile/platform/linux/statx.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -21,11 +21,6 @@ std::optional<std::string> targetOf(const std::string& link) {
     }
     target.resize(target.size() * 2);  // it may have been cut off
   }
-}
-
-bool isFile(const std::string& path) {
-  const auto status = statusOf(AT_FDCWD, path.c_str(), 0, STATX_TYPE);
-  return status && S_ISREG(status->stx_mode);
 }
 
 }  // namespace
@@ -50,12 +45,8 @@ std::optional<std::string> LinuxHostResources::folder() {
 }
 
 std::optional<std::string> LinuxHostResources::path(std::string_view name, std::string_view type) {
-  auto path = folder();
-  if (!path || path->empty()) return std::nullopt;
-  if (!path->ends_with('/')) path->push_back('/');
-  path->append(name);
-  if (!type.empty()) path->append(".").append(type);
-  return isFile(*path) ? path : std::nullopt;
+  const auto inside = folder();
+  return inside ? fileIn(*inside, name, type) : std::nullopt;
 }
 
 void LinuxHostResources::setFolder(std::optional<std::string> folder) {

@@ -20,7 +20,6 @@
 namespace vantile {
 namespace {
 
-constexpr std::size_t bufferSize = 64 << 10;
 constexpr int mostReads = 64;  // before what came in is told
 constexpr std::size_t longestWatchList = 256u << 20;
 
@@ -45,7 +44,6 @@ void learn(ItemFacts& known, const ItemFacts& now, std::uint32_t arrived) {
 
 /// Takes in what inotify has, without waiting.
 void InotifyQueue::takeIn() {
-  buffer_.resize(bufferSize);
   for (int reads = 0; reads < mostReads; ++reads) {
     const auto size = ::read(instance_.get(), buffer_.data(), buffer_.size());
     if (size < 0 && errno == EINTR) continue;

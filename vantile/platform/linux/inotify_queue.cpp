@@ -13,6 +13,11 @@
 #include "vantile/platform/linux/watched_items.h"
 
 namespace vantile {
+namespace {
+
+constexpr std::size_t bufferSize = 64 << 10;
+
+}  // namespace
 
 std::shared_ptr<InotifyQueue> InotifyQueue::make(std::shared_ptr<WatchedItems> items,
                                                  LinuxRoots roots, int& error) {
@@ -35,7 +40,8 @@ InotifyQueue::InotifyQueue(std::shared_ptr<WatchedItems> items, LinuxRoots roots
     : table_(std::move(items)),
       roots_(std::move(roots)),
       wakeup_(std::move(wakeup)),
-      instance_(std::move(instance)) {}
+      instance_(std::move(instance)),
+      buffer_(bufferSize) {}
 
 int InotifyQueue::add(int watched, std::uint32_t changes, std::uint64_t tag) {
   auto opened = table_->takeFor(shared_from_this(), watched);
@@ -106,9 +112,7 @@ std::optional<FileEvent> InotifyQueue::wait(std::chrono::nanoseconds timeout) {
     std::array<pollfd, 2> waited = {{{instance, POLLIN, 0}, {wakeup_.get(), POLLIN, 0}}};
     const int ready = ::ppoll(waited.data(), waited.size(), &limit, nullptr);
     if (ready == 0) return std::nullopt;
-    eventfd_t count = 0;
-    if (waited[1].revents != 0) [[maybe_unused]]
-      const int result = ::eventfd_read(wakeup_.get(), &count);
+    if (waited[1].revents != 0) clearWakeup();
   }
 }
 
@@ -132,6 +136,11 @@ void InotifyQueue::interrupt() {
 void InotifyQueue::wake() {
   // A full counter has woken the thread already.
   [[maybe_unused]] const int result = ::eventfd_write(wakeup_.get(), 1);
+}
+
+void InotifyQueue::clearWakeup() {
+  eventfd_t count = 0;
+  [[maybe_unused]] const int result = ::eventfd_read(wakeup_.get(), &count);  // or it was clear
 }
 
 int InotifyQueue::close() {

@@ -76,6 +76,7 @@ class InotifyQueue final : public FileEventQueue,
   void push(int watched, Item& item, std::uint32_t changes);
   std::optional<FileEvent> nextReady();
   void wake();
+  void clearWakeup();
 
   const std::shared_ptr<WatchedItems> table_;
   const LinuxRoots roots_;
@@ -90,7 +91,7 @@ class InotifyQueue final : public FileEventQueue,
   std::unordered_map<int, Watch> watches_;  // by inotify's number
   std::vector<int> touched_;                // watches with events of this round
   std::deque<int> ready_;                   // items that have something to tell
-  std::vector<char> buffer_;
+  std::vector<char> buffer_;                // what is read of inotify at once
 };
 
 }  // namespace vantile

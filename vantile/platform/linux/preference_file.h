@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "vantile/platform/linux/regular_file.h"
+#include "vantile/platform/linux/file_stamp.h"
 
 namespace vantile {
 

@@ -12,7 +12,6 @@
 #include <optional>
 #include <utility>
 
-#include "vantile/platform/linux/regular_file.h"
 #include "vantile/platform/parsers/property_list_bounds.h"
 #include "vantile/platform/posix/files.h"
 

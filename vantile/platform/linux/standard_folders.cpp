@@ -88,7 +88,7 @@ std::string XdgFolders::trash() {
 }
 
 void XdgFolders::makeTrash() {
-  makeForUserAlone(trashCan() + "/files");
+  makeForUserAlone(trash());
   makeForUserAlone(trashCan() + "/info");  // a file manager takes either for damaged without both
 }
 

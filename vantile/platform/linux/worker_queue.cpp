@@ -1,21 +1,16 @@
 #include "vantile/foundation/worker_queue.h"
 
-#include <pthread.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <string>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "vantile/foundation/log.h"
 #include "vantile/foundation/timer_schedule.h"
-#include "vantile/platform/linux/blocked_signals.h"
+#include "vantile/platform/threads.h"
 
 namespace vantile {
 namespace {
@@ -53,17 +48,13 @@ class ThreadPool final : public WorkerQueue {
   }
 
   void start() {
-    try {
-      const SignalsBlocked blocked;
-      std::thread([this] { serve(); }).detach();
+    if (systemThreads()->detach("vantile-worker", [this] { serve(); }))
       ++threads_;
-    } catch (const std::system_error& error) {
-      logLine(std::string("no background thread can be started: ") + error.what());
-    }
+    else
+      logLine("no background thread can be started");
   }
 
   void serve() {
-    ::pthread_setname_np(::pthread_self(), "vantile-worker");
     std::unique_lock lock(mutex_);
     while (auto work = next(lock)) {
       if (!ready_.empty() || !later_.empty()) seeToIt();

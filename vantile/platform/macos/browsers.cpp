@@ -21,13 +21,14 @@ class MacosBrowsers final : public Browsers {
 
   std::vector<std::string> preferenceFolders() override { return {}; }
   bool hasSafariFolder() override { return true; }
-  bool isUnfinished(const std::string&) override { return false; }
+  bool renamesUnfinished() override { return false; }
 };
 
 }  // namespace
 
 std::shared_ptr<Browsers> systemBrowsers() {
-  return std::make_shared<MacosBrowsers>();
+  static auto& browsers = *new std::shared_ptr<Browsers>(std::make_shared<MacosBrowsers>());
+  return browsers;
 }
 
 }  // namespace vantile

@@ -1,27 +1,16 @@
 #include "vantile/platform/macos/host_resources.h"
 
 #include <limits.h>
-#include <sys/stat.h>
 
 #include <array>
 #include <mutex>
 #include <utility>
 
 #include "vantile/platform/macos/core_foundation.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
-
-std::optional<std::string> inFolder(std::string path, std::string_view name,
-                                    std::string_view type) {
-  if (path.empty()) return std::nullopt;
-  if (!path.ends_with('/')) path.push_back('/');
-  path.append(name);
-  if (!type.empty()) path.append(".").append(type);
-  struct stat status = {};
-  const bool isFile = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-  return isFile ? std::optional(std::move(path)) : std::nullopt;
-}
 
 std::optional<std::string> inMainBundle(std::string_view name, std::string_view type) {
   const CFBundleRef bundle = CFBundleGetMainBundle();
@@ -41,7 +30,7 @@ class MacosHostResources final : public HostResources {
  public:
   std::optional<std::string> path(std::string_view name, std::string_view type) override {
     const std::lock_guard lock(mutex_);
-    return folder_ ? inFolder(*folder_, name, type) : inMainBundle(name, type);
+    return folder_ ? fileIn(*folder_, name, type) : inMainBundle(name, type);
   }
 
   void setFolder(std::optional<std::string> folder) override {

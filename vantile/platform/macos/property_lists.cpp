@@ -1,47 +1,19 @@
 #include "vantile/platform/property_lists.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <optional>
 #include <utility>
 
 #include "vantile/platform/macos/core_foundation.h"
 #include "vantile/platform/macos/objective_c.h"
-#include "vantile/platform/macos/status.h"
 #include "vantile/platform/parsers/property_list_bounds.h"
-#include "vantile/platform/posix/descriptor.h"
 #include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
 
 constexpr std::size_t longestFile = 64u << 20;
-
-/// The contents of the regular file at `path`, links followed; nothing when it is too long.
-std::optional<std::string> contentsOf(const std::string& path) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  struct stat status = {};
-  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  std::string contents;
-  std::size_t size = 0;
-  constexpr std::size_t piece = 4096;  // more than it says it has: it may be growing
-  auto room = static_cast<std::size_t>(status.st_size);
-  while (room <= longestFile) {
-    contents.resize(room + piece);
-    const auto count = ::read(file.get(), contents.data() + size, contents.size() - size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return std::nullopt;
-    size += static_cast<std::size_t>(count);
-    room = std::max(room, size);
-    if (count > 0) continue;
-    contents.resize(size);
-    return contents;
-  }
-  return std::nullopt;
-}
 
 /// Whether the list nests no deeper than the system's reader, whose calls nest with it, can follow.
 bool isBounded(std::string_view list) {
@@ -137,8 +109,9 @@ std::optional<Value> valueOf(CFTypeRef object, std::size_t depth) {
 class MacosPropertyLists final : public PropertyLists {
  public:
   std::shared_ptr<Dictionary> read(const std::string& path) override {
-    const auto contents = contentsOf(path);
-    const auto list = contents ? parsed(*contents) : Owned<CFPropertyListRef>();
+    const auto contents = contentsOf(path, longestFile + 1);
+    const bool isWhole = contents && contents->size() <= longestFile;
+    const auto list = isWhole ? parsed(*contents) : Owned<CFPropertyListRef>();
     const auto entries = as<CFDictionaryRef>(CFDictionaryGetTypeID(), list.get());
     return entries ? dictionaryIn(entries, 1) : nullptr;
   }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "vantile/platform/posix/descriptor.h"
 
@@ -21,16 +22,22 @@ std::chrono::sys_time<std::chrono::nanoseconds> momentOf(std::int64_t seconds,
   return Moment(whole + std::chrono::nanoseconds(nanoseconds));
 }
 
-std::optional<std::string> beginningOf(int folder, const char* name, std::size_t most) {
+std::optional<std::string> contentsOf(const std::string& path, std::size_t most) {
+  return beginningOf(AT_FDCWD, path.c_str(), most, 0);
+}
+
+std::optional<std::string> beginningOf(int folder, const char* name, std::size_t most, int flags) {
   const Descriptor file(
-      ::openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
+      ::openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | flags));
   struct stat status = {};
   if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  const auto wanted = std::min(most, static_cast<std::size_t>(status.st_size));
-  std::string contents(wanted, '\0');
+  constexpr std::size_t piece = 4096;  // more than it says it has: it may be growing
+  std::string contents;
   std::size_t size = 0;
-  while (size < wanted) {
-    const auto count = ::read(file.get(), contents.data() + size, wanted - size);
+  while (size < most) {
+    contents.resize(
+        std::min(most, std::max(size, static_cast<std::size_t>(status.st_size)) + piece));
+    const auto count = ::read(file.get(), contents.data() + size, contents.size() - size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return std::nullopt;
     if (count == 0) break;
@@ -38,6 +45,17 @@ std::optional<std::string> beginningOf(int folder, const char* name, std::size_t
   }
   contents.resize(size);
   return contents;
+}
+
+std::optional<std::string> fileIn(std::string folder, std::string_view name,
+                                  std::string_view type) {
+  if (folder.empty()) return std::nullopt;
+  if (!folder.ends_with('/')) folder.push_back('/');
+  auto path = std::move(folder.append(name));
+  if (!type.empty()) path.append(".").append(type);
+  struct stat status = {};
+  const bool isFile = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return isFile ? std::optional(std::move(path)) : std::nullopt;
 }
 
 }  // namespace vantile

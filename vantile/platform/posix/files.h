@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "vantile/platform/folder_reader.h"
 
@@ -28,7 +29,15 @@ inline FileKind kindOf(unsigned mode) {
 std::chrono::sys_time<std::chrono::nanoseconds> momentOf(std::int64_t seconds,
                                                          std::int64_t nanoseconds);
 
-/// The first `most` bytes of the regular file called `name` in the folder, or nothing.
-std::optional<std::string> beginningOf(int folder, const char* name, std::size_t most);
+/// The first `most` bytes of the regular file at `path`, links followed, or nothing. Never waits
+/// for what is no file: a pipe, say.
+std::optional<std::string> contentsOf(const std::string& path, std::size_t most);
+/// As `contentsOf`, of what is called `name` in the folder; a link is no file there.
+std::optional<std::string> beginningOf(int folder, const char* name, std::size_t most,
+                                       int flags = O_NOFOLLOW);
+
+/// The path of the regular file name.type in the folder, links followed, or nothing. Without a type
+/// it is the name alone.
+std::optional<std::string> fileIn(std::string folder, std::string_view name, std::string_view type);
 
 }  // namespace vantile

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <compare>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,9 +16,5 @@ struct FileStamp {
 
 /// The stamp of the regular file at `path`, links followed, or nothing.
 std::optional<FileStamp> stampOf(const std::string& path);
-
-/// The first `most` bytes of the regular file at `path`, links followed, or nothing. Never waits
-/// for what is no file: a pipe, say.
-std::optional<std::string> contentsOf(const std::string& path, std::size_t most);
 
 }  // namespace vantile

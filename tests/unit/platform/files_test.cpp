@@ -1,7 +1,9 @@
-#include "vantile/platform/linux/regular_file.h"
+#include "vantile/platform/posix/files.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+
+#include "vantile/platform/linux/file_stamp.h"
 
 #include "fakes/temporary_folder.h"
 

@@ -1,0 +1,15 @@
+#include "vantile/platform/linux/file_stamp.h"
+
+#include "vantile/platform/linux/statx.h"
+
+namespace vantile {
+
+std::optional<FileStamp> stampOf(const std::string& path) {
+  const auto status =
+      statusOf(AT_FDCWD, path.c_str(), 0, STATX_TYPE | STATX_INO | STATX_SIZE | STATX_MTIME);
+  if (!status || !S_ISREG(status->stx_mode)) return std::nullopt;
+  return FileStamp{makedev(status->stx_dev_major, status->stx_dev_minor), status->stx_ino,
+                   status->stx_size, status->stx_mtime.tv_sec, status->stx_mtime.tv_nsec};
+}
+
+}  // namespace vantile
