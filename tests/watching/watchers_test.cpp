@@ -1,9 +1,13 @@
 // The watchers on real folders, with the platform's own adapters: what browsers, package managers
 // and file managers do, and what is reported of it.
 
+#include <array>
+#include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <optional>
+#include <thread>
 
 #include "vantile/foundation/notification_center.h"
 #include "vantile/platform/linux/browsers.h"
@@ -68,7 +72,19 @@ class RealWatchers : public RealFolders {
     work();
     ASSERT_TRUE(serveUntil([&] { return writes_[folder] > before; }));
   }
-  int writesOf(const std::string& folder) { return writes_[folder]; }
+  /// Begins downloads in the folder until one is seen there; that one is finished, and reported.
+  void expectADownloadOnceWatched(const std::string& folder) {
+    std::string download;
+    for (int number = 0; writes_[folder] == 0; ++number) {
+      ASSERT_LT(number, 200);
+      download = folder + "/" + std::to_string(number) + ".bin";
+      std::ofstream(download + ".crdownload");
+      serveUntil([&] { return writes_[folder] > 0; }, std::chrono::milliseconds(50));
+    }
+    fs::rename(download + ".crdownload", download);
+    await([&] { return !completed.empty(); });
+    EXPECT_EQ(completed, Paths{download});
+  }
   /// Serves until something is true.
   template <class Done>
   void await(Done done) {
@@ -110,6 +126,23 @@ TEST_F(RealWatchers, ChromiumsDownloadIsReportedOnceWithItsFinalPath) {
   disk.file("saved/Unconfirmed 7.crdownload", "all of it");
   disk.file("saved/film.mp4");  // takes the name, and is replaced at once
   fs::rename(disk.path("saved/Unconfirmed 7.crdownload"), disk.path("saved/film.mp4"));
+  await([&] { return !completed.empty(); });
+  seen(folder, [&] { disk.file("saved/other"); });
+  EXPECT_EQ(completed, Paths{disk.path("saved/film.mp4")});
+}
+
+TEST_F(RealWatchers, ChromiumsItemThatIsReplacedRightAfterItWasMadeIsReportedOnce) {
+  const auto folder = disk.folder("saved");
+  chromiumSavesTo(folder);
+  startDownloads();
+  disk.file("saved/.com.google.Chrome.x1", "all of it");
+  disk.file("saved/film.mp4");
+  seen(folder, [&] { disk.file("saved/film.mp4.crdownload"); });
+  seen(folder, [&] {
+    fs::rename(disk.path("saved/.com.google.Chrome.x1"), disk.path("saved/film.mp4.crdownload"));
+  });
+  completed.clear();  // what was replaced is gone, and a file has the name of what it was to be
+  fs::rename(disk.path("saved/film.mp4.crdownload"), disk.path("saved/film.mp4"));
   await([&] { return !completed.empty(); });
   seen(folder, [&] { disk.file("saved/other"); });
   EXPECT_EQ(completed, Paths{disk.path("saved/film.mp4")});
@@ -174,15 +207,7 @@ TEST_F(RealWatchers, ABrowserThatIsFirstStartedWhileItWatchesIsFollowed) {
   const auto folder = disk.folder("saved");
   startDownloads();
   chromiumSavesTo(folder);  // home, .config, chromium and Default come one after another
-  int number = 0;
-  const auto download = [&] { return "saved/" + std::to_string(number) + ".bin"; };
-  do {  // until the folder is watched, too
-    ASSERT_LT(++number, 200);
-    disk.file(download() + ".crdownload");
-  } while (!serveUntil([&] { return writesOf(folder) > 0; }, std::chrono::milliseconds(50)));
-  fs::rename(disk.path(download() + ".crdownload"), disk.path(download()));
-  await([&] { return !completed.empty(); });
-  EXPECT_EQ(completed, Paths{disk.path(download())});
+  expectADownloadOnceWatched(folder);
 }
 
 TEST_F(RealWatchers, ADownloadFolderThatIsRemovedAndMadeAgainIsWatchedAgain) {
@@ -191,15 +216,7 @@ TEST_F(RealWatchers, ADownloadFolderThatIsRemovedAndMadeAgainIsWatchedAgain) {
   startDownloads();
   fs::remove(folder);
   disk.folder("saved");
-  int number = 0;
-  const auto download = [&] { return "saved/" + std::to_string(number) + ".bin"; };
-  do {  // until the folder is watched, too
-    ASSERT_LT(++number, 200);
-    disk.file(download() + ".crdownload");
-  } while (!serveUntil([&] { return writesOf(folder) > 0; }, std::chrono::milliseconds(50)));
-  fs::rename(disk.path(download() + ".crdownload"), disk.path(download()));
-  await([&] { return !completed.empty(); });
-  EXPECT_EQ(completed, Paths{disk.path(download())});
+  expectADownloadOnceWatched(folder);
 }
 
 TEST_F(RealWatchers, AnApplicationThatIsInstalledIsReportedAndARemovedOneIsNot) {
@@ -225,6 +242,35 @@ TEST_F(RealWatchers, AnApplicationInTheTrashIsReportedWithWhatTheTrashHolds) {
   await([&] { return sizes.size() == 2; });
   EXPECT_EQ(thrown, Paths{trash + "/tool.desktop"});
   EXPECT_EQ(sizes[1], shownEntry.size());
+}
+
+TEST_F(RealWatchers, MayBeStartedAndStoppedOnSeveralThreadsAtOnce) {
+  const auto folder = disk.folder("applications");
+  disk.file("applications/old.desktop", shownEntry);
+  chromiumSavesTo(disk.folder("saved"));
+  std::array<std::int32_t, 4> stops = {};
+  std::vector<std::thread> threads;
+  for (auto& flag : stops) {
+    threads.emplace_back([&flag] {
+      for (int round = 0; round < 20; ++round) {
+        std::atomic_ref<std::int32_t>(flag).store(0);
+        WatchDownload::singleton()->startWatch(&flag);
+        WatchApplication::singleton()->startWatch(&flag);
+        WatchTrash::singleton()->startWatch(&flag);
+        WatchTrash::singleton()->stopWatch();
+        WatchApplication::singleton()->stopWatch();
+        WatchDownload::singleton()->stopWatch();
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  WatchDownload::singleton()->startWatch(&stop);
+  WatchTrash::singleton()->startWatch(&stop);
+  WatchApplication::singleton()->setDelegate(applications);
+  WatchApplication::singleton()->startWatch(&stop);
+  disk.file("applications/new.desktop", shownEntry);
+  await([&] { return !added.empty(); });
+  EXPECT_EQ(added, Paths{disk.path("applications/new.desktop")});
 }
 
 TEST_F(RealWatchers, TheTrashIsMadeWhenItIsMissing) {

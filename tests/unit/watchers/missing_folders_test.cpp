@@ -9,7 +9,18 @@
 namespace vantile::testing {
 namespace {
 
-using MissingDownloadFolder = Downloads;
+class MissingDownloadFolder : public Downloads {
+ protected:
+  /// The folder "new" comes in a download folder, with a download of that one's own.
+  void expectBothServed(const std::string& around) {
+    file(around + "/a.part");
+    folder(around + "/new");
+    written(around);
+    EXPECT_EQ(bitsOf(around), asDownloadFolder);
+    EXPECT_EQ(bitsOf(around + "/a.part"), asUnfinished);
+    EXPECT_EQ(bitsOf(around + "/new"), asDownloadFolder);
+  }
+};
 
 TEST_F(MissingDownloadFolder, IsAwaitedInTheNearestFolderAbove) {
   saves(chromeList, home + "/new/deep");
@@ -156,12 +167,7 @@ TEST_F(MissingDownloadFolder, AwaitedInADownloadFolderLeavesThatAsItIs) {
   saves(firefoxList, downloads + "/new");
   startedWithChrome();
   EXPECT_EQ(bitsOf(downloads), asDownloadFolder);
-  file(downloads + "/a.part");
-  folder(downloads + "/new");
-  written(downloads);
-  EXPECT_EQ(bitsOf(downloads), asDownloadFolder);
-  EXPECT_EQ(bitsOf(downloads + "/a.part"), asUnfinished);
-  EXPECT_EQ(bitsOf(downloads + "/new"), asDownloadFolder);
+  expectBothServed(downloads);
 }
 
 TEST_F(MissingDownloadFolder, AwaitedWhereAnotherBrowserThenSavesIsStillAwaited) {
@@ -171,12 +177,7 @@ TEST_F(MissingDownloadFolder, AwaitedWhereAnotherBrowserThenSavesIsStillAwaited)
   saves(chromeList, home);
   preferencesChange();
   EXPECT_EQ(bitsOf(home), asDownloadFolder);
-  file(home + "/a.part");
-  folder(home + "/new");
-  written(home);
-  EXPECT_EQ(bitsOf(home), asDownloadFolder);
-  EXPECT_EQ(bitsOf(home + "/a.part"), asUnfinished);
-  EXPECT_EQ(bitsOf(home + "/new"), asDownloadFolder);
+  expectBothServed(home);
 }
 
 TEST_F(MissingDownloadFolder, IsAwaitedWhereABrowserSavesNoMore) {
