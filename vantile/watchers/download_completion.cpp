@@ -73,8 +73,9 @@ void WatchDownload::notifyDownloadCompletedWithBrowserType(const std::string& pa
 }
 
 void WatchDownload::reportLater(const std::string& archive) {
-  Queue::main().after(unpackingTime,
-                      [watcher = self(), archive] { watcher->checkArchive(archive); });
+  Queue::main().after(unpackingTime, [watcher = self(), archive, before = ends()] {
+    if (watcher->ends() == before) watcher->checkArchive(archive);
+  });
 }
 
 /// The browser may have unpacked the archive, and removed it: then what it became is reported.

@@ -24,6 +24,7 @@ void FolderWatcher::begin(std::int32_t* stop) {
 
 void FolderWatcher::end() {
   ended_ = true;
+  ++ends_;
   std::int32_t* const flag = _isStop;
   if (flag) std::atomic_ref(*flag).store(1);
 }

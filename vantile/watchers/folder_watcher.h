@@ -41,6 +41,8 @@ class VANTILE_API FolderWatcher : public std::enable_shared_from_this<FolderWatc
   /// are still on their way go by.
   void end();
   bool ended() const { return ended_; }
+  /// How often it has ended: work that waits belongs to the watch that it was begun in.
+  std::uint32_t ends() const { return ends_; }
   std::int32_t* stopFlag() const { return _isStop; }
 
   bool exists(const std::string& path) const;
@@ -56,6 +58,7 @@ class VANTILE_API FolderWatcher : public std::enable_shared_from_this<FolderWatc
  private:
   std::atomic<std::int32_t*> _isStop = nullptr;
   std::atomic<bool> ended_ = false;
+  std::atomic<std::uint32_t> ends_ = 0;
 };
 
 }  // namespace vantile

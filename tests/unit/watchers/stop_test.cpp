@@ -84,6 +84,15 @@ TEST_F(DownloadStop, ReportsNoArchiveThatWaits) {
   EXPECT_TRUE(completed.empty());
 }
 
+TEST_F(DownloadStop, OfAnArchiveThatWaitsHoldsAfterANewStart) {
+  file(downloads + "/a.zip");
+  watcher()->notifyDownloadCompletedWithBrowserType(downloads + "/a.zip", unknownBrowserCode);
+  watcher()->stopWatch();
+  watcher()->startWatch(&stop);
+  loop.advance(std::chrono::seconds(2));
+  EXPECT_TRUE(completed.empty());
+}
+
 TEST_F(DownloadStop, ReportsNothingOfSafarisHistory) {
   const auto watcher = started();
   watcher->notifyDownloadCompletedWithBrowserType(downloads + "/x.zip", safariCode);
