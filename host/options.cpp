@@ -62,9 +62,8 @@ constexpr const char* watchSummary =
     "  applications  appAdded, with the path: an application was installed;\n"
     "                movedToTrash, with the path it has there\n"
     "  trash         trashAddedApp, with the path: an application is in the Trash;\n"
-    "                trashUsedSizeChanged, with the bytes in the Trash: at the start, then as "
-    "long\n"
-    "                as they are not as many as then\n"
+    "                trashUsedSizeChanged, with the bytes in the Trash: at the start, then at\n"
+    "                each change of the Trash with which they are not as many as at the start\n"
     "\n"
     "A path that is not known is null. Watches until a signal comes.\n";
 
@@ -140,7 +139,8 @@ std::optional<UsageError> takeMonitors(const Raw& raw, const KnownMonitors& know
   if (options.command != Command::Watch) {
     return takeNames(raw.monitors, "monitor", namesOf(known), options.monitors);
   }
-  for (const auto& list : raw.watchers) {
+  for (std::string_view list : raw.watchers) {
+    if (list.size() > 1 && list.ends_with(',')) list.remove_suffix(1);  // "downloads, trash"
     if (auto error = takeNames(list, "watcher", known.watchers, options.monitors)) return error;
   }
   if (raw.watchers.empty()) options.monitors = known.watchers;
@@ -169,11 +169,11 @@ std::variant<Options, UsageError> understood(const Raw& raw, Command command,
   return options;
 }
 
-UsageError unexpected(const std::string& argument, bool inCommand) {
-  if (argument.starts_with("-")) {
-    return {"unknown option '" + argument + "' (see vantile-host --help)"};
-  }
-  if (inCommand) return {"unexpected argument '" + argument + "' (see vantile-host --help)"};
+/// `inCommand` is the command's name, empty where none was given.
+UsageError unexpected(const std::string& argument, const std::string& inCommand) {
+  const auto help = " (see vantile-host " + (inCommand.empty() ? "" : inCommand + " ") + "--help)";
+  if (argument.starts_with("-")) return {"unknown option '" + argument + "'" + help};
+  if (!inCommand.empty()) return {"unexpected argument '" + argument + "'" + help};
   return {"unknown command '" + argument +
           "' (known: stream, watch, clean; see vantile-host --help)"};
 }
@@ -223,6 +223,12 @@ class Grammar {
     return *clean ? Command::Clean : Command::Automatic;
   }
 
+  /// Its name; empty where none was given.
+  std::string commandName() const {
+    const auto given = app.get_subcommands();
+    return given.empty() ? std::string() : given.front()->get_name();
+  }
+
   /// The lists of commands and options, with the long summary only in the command's own help.
   std::string help() {
     if (*stream) stream->description(streamSummary);
@@ -263,7 +269,7 @@ std::variant<Options, UsageError> parseOptions(std::span<const std::string> argu
   }
   const auto command = grammar.command();
   if (const auto extra = grammar.app.remaining(true); !extra.empty()) {
-    return unexpected(extra.front(), command != Command::Automatic);
+    return unexpected(extra.front(), grammar.commandName());
   }
   if (grammar.versionAsked) {
     return Options{.command = Command::Print, .monitors = {}, .text = version};

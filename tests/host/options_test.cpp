@@ -79,19 +79,23 @@ TEST(HostOptions, AnUnknownWatcherIsNamedBesideTheKnownOnes) {
     const auto message = "unknown watcher '" + name + "' (known: trash, downloads)";
     EXPECT_EQ(errorOf({"watch", name}), message);
     EXPECT_EQ(errorOf({"watch", "trash", name}), message);
-    EXPECT_EQ(errorOf({"watch", "trash," + name}), message);
+    EXPECT_EQ(errorOf({"watch", "trash," + name + ",downloads"}), message);
   }
+}
+
+TEST(HostOptions, WatchersMayBeSeparatedByBoth) {
+  EXPECT_EQ(optionsOf({"watch", "trash,", "downloads"}).monitors, (Names{"trash", "downloads"}));
 }
 
 TEST(HostOptions, WatchTakesNoInterval) {
   EXPECT_EQ(errorOf({"watch", "--interval", "1"}),
-            "unknown option '--interval' (see vantile-host --help)");
+            "unknown option '--interval' (see vantile-host watch --help)");
 }
 
 TEST(HostOptions, CleanTakesNothing) {
   EXPECT_EQ(optionsOf({"clean"}).command, Command::Clean);
   EXPECT_EQ(errorOf({"clean", "--count", "3"}),
-            "unknown option '--count' (see vantile-host --help)");
+            "unknown option '--count' (see vantile-host clean --help)");
 }
 
 TEST(HostOptions, AnUnknownMonitorIsNamedBesideTheKnownOnes) {
@@ -124,7 +128,8 @@ TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {
   EXPECT_EQ(errorOf({"strem"}),
             "unknown command 'strem' (known: stream, watch, clean; see vantile-host --help)");
   EXPECT_EQ(errorOf({"--verbose"}), "unknown option '--verbose' (see vantile-host --help)");
-  EXPECT_EQ(errorOf({"stream", "more"}), "unexpected argument 'more' (see vantile-host --help)");
+  EXPECT_EQ(errorOf({"stream", "more"}),
+            "unexpected argument 'more' (see vantile-host stream --help)");
 }
 
 TEST(HostOptions, HelpTellsOfCommandsExamplesAndExitStatus) {

@@ -16,7 +16,7 @@ refuses() {
 refuses "unknown monitor 'memroy' (known: memory, downloads, applications, trash)" \
   stream --monitors memroy
 refuses "unknown watcher 'trsh' (known: downloads, applications, trash)" watch downloads trsh
-refuses "unknown option '--interval' (see vantile-host --help)" watch --interval 1
+refuses "unknown option '--interval' (see vantile-host watch --help)" watch --interval 1
 refuses "--interval must be a whole number of seconds from 1 to 86400, not '0'" \
   stream --interval 0
 refuses "--count must be a whole number, 0 for no end, not 'many'" stream --count many
