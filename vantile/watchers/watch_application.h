@@ -27,7 +27,9 @@ namespace vantile {
 struct ApplicationsWatchDelegate {
   /// An application that was not there before is in the applications folder.
   std::function<void(const std::string& path)> appAdded;
-  /// A watched item was moved to the Trash, and is at `path` there.
+  /// A watched item was moved to the Trash, and is at `path` there. What is watched is the
+  /// applications folder, and for writes alone: an application that goes from there to the Trash
+  /// is told by `WatchTrash`.
   std::function<void(const std::string& path)> movedToTrash;
 };
 
@@ -52,8 +54,8 @@ class VANTILE_API WatchApplication final : public FolderWatcher {
 
   ~WatchApplication() override;
 
-  /// Begins to watch. `*stop` is the caller's: 1 ends a traversal; it must live until the next
-  /// `startWatch`. Null never stops. Any thread.
+  /// Begins to watch. `*stop` is the caller's, 0 to begin with: 1 ends a traversal; it must live
+  /// until the next `startWatch`. Null never stops. Any thread.
   void startWatch(std::int32_t* stop);
   /// Ends the watch, forgets what was known and writes 1 into the caller's flag. Nothing is
   /// reported after it, but for a call that another thread has begun. Any thread, also from inside

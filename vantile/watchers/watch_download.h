@@ -54,13 +54,15 @@ class VANTILE_API WatchDownload : public FolderWatcher {
 
   ~WatchDownload() override;
 
-  /// Reads the browsers' preferences and begins to watch. A later start watches only those download
-  /// folders that the preferences name anew since the one before. `*stop` is the caller's: 1 ends a
-  /// traversal; it must live until the next `startWatch`. Null never stops. Any thread.
+  /// Reads the browsers' preferences and begins to watch. A start after a stop watches the download
+  /// folders again only if the preferences have named another one since, and then all of them but
+  /// for the unfinished downloads that were known before: those belong to the watch that was ended.
+  /// `*stop` is the caller's, 0 to begin with: 1 ends a traversal; it must live until the next
+  /// `startWatch`. Null never stops. Any thread.
   void startWatch(std::int32_t* stop);
-  /// Ends all watching and writes 1 into the caller's flag. Nothing is reported
-  /// after it, but for a call that another thread has begun. Any thread, also from inside a call
-  /// of the delegate.
+  /// Ends all watching and writes 1 into the caller's flag, which a further start wants to be 0
+  /// again. Nothing is reported after it, but for a call that another thread has begun. Any thread,
+  /// also from inside a call of the delegate.
   void stopWatch();
 
   /// Reads the browsers' preferences anew.

@@ -33,6 +33,7 @@ std::shared_ptr<FSWatchQueue> FSWatchQueue::init() {
   int error = 0;
   auto events = ports.events->newQueue(error);
   if (!events) {
+    logLine("WatchQueue: no queue of file events could be made (" + std::to_string(error) + ")");
     logLimit(*ports.events, error);
     return nullptr;
   }
@@ -84,11 +85,9 @@ FSWatchQueue::Entry FSWatchQueue::put(const std::string& path, std::uint32_t fla
   const std::lock_guard lock(lock_);
   const auto present = _watchedPathEntries.find(path);
   const bool isNew = present == _watchedPathEntries.end();
-  if (!isNew) {
-    const auto already = present->second->subscriptionFlags();
-    if ((already & flags) == flags) return present->second;
-    flags |= already;
-  }
+  const auto already = isNew ? 0 : present->second->subscriptionFlags();
+  if (!isNew && (already & flags) == flags) return present->second;
+  flags |= already;
   const auto entry = isNew ? WatchQueuePathEntry::opened(path, flags, error) : present->second;
   if (!entry) return nullptr;
   entry->setSubscriptionFlags(flags);
@@ -103,8 +102,9 @@ FSWatchQueue::Entry FSWatchQueue::put(const std::string& path, std::uint32_t fla
     take(path, entry.get());
     return nullptr;
   }
+  if (error != 0) entry->setSubscriptionFlags(already);  // it is watched as before
   startWatcherThread();
-  return entry;  // one that could not be watched for more is watched as before
+  return entry;
 }
 
 /// Takes the path's entry out of the table; where `entry` is given, only if it is that one.

@@ -34,13 +34,15 @@ TEST_F(WatchedPaths, BeginEmpty) {
 TEST_F(WatchedPaths, ThereIsNoQueueWithoutAnEventQueue) {
   events.queueError = EMFILE;
   EXPECT_EQ(FSWatchQueue::init(), nullptr);
-  EXPECT_TRUE(log.lines.empty());
+  EXPECT_EQ(log.lines, Lines{"WatchQueue: no queue of file events could be made (" +
+                             std::to_string(EMFILE) + ")"});
 }
 
 TEST_F(WatchedPaths, AnEventQueueBeyondALimitIsLoggedWithIt) {
   events.queueError = ENOSPC;
   EXPECT_EQ(FSWatchQueue::init(), nullptr);
-  EXPECT_EQ(log.lines, Lines{"WatchQueue: fs.watches is 3"});
+  ASSERT_EQ(log.lines.size(), 2u);
+  EXPECT_EQ(log.lines[1], "WatchQueue: fs.watches is 3");
 }
 
 TEST_F(WatchedPaths, AddPathWatchesForAllSevenChanges) {
@@ -198,6 +200,16 @@ TEST_F(WatchedPaths, AWideningThatTheKernelRefusesLeavesTheWatchAsItWas) {
   EXPECT_EQ(queue->numberOfWatchedPaths(), 1u);
   EXPECT_EQ(events.watchedPaths(), (Paths{{"/disk/d", 2}}));
   EXPECT_EQ(log.lines, Lines{});
+  EXPECT_EQ(widened->subscriptionFlags(), 2u);
+}
+
+TEST_F(WatchedPaths, AWideningThatWasRefusedIsTriedAgain) {
+  queue->addPathNotifyingAbout("/disk/d", 2);
+  kernel().addError = ENOSPC;
+  queue->addPathToQueueNotifyingAbout("/disk/d", 8);
+  kernel().addError = 0;
+  queue->addPathToQueueNotifyingAbout("/disk/d", 8);
+  EXPECT_EQ(events.watchedPaths(), (Paths{{"/disk/d", 10}}));
 }
 
 TEST_F(WatchedPaths, RemovePathClosesTheItemAndEndsItsWatch) {

@@ -54,7 +54,10 @@ int InotifyQueue::add(int watched, std::uint32_t changes, std::uint64_t tag) {
   item.watch = watchInode(opened->pin, opened->kind, changes);
   if (item.watch < 0) return -item.watch;
   const auto facts = factsAt(opened->pin.get(), "", AT_EMPTY_PATH);
-  if (!facts) return EIO;
+  if (!facts) {
+    if (!watches_.contains(item.watch)) ::inotify_rm_watch(instance_.get(), item.watch);
+    return EIO;
+  }
   auto& watch = watches_.try_emplace(item.watch, Watch{.known = *facts}).first->second;
   watch.items.push_back(watched);
   tags_.insert_or_assign(tag, watched);

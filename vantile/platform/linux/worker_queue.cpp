@@ -41,17 +41,17 @@ class ThreadPool final : public WorkerQueue {
   /// those that are to come: one that is busy may be held up for long.
   void seeToIt() {
     const auto wanted = ready_.size() + (later_.empty() ? 0 : 1);
-    if (wanted > idle_ && threads_ < mostThreads)
-      start();
-    else
-      changed_.notify_one();
+    const bool started = wanted > idle_ && threads_ < mostThreads && start();
+    if (!started) changed_.notify_one();
   }
 
-  void start() {
-    if (systemThreads()->detach("vantile-worker", [this] { serve(); }))
+  bool start() {
+    const bool started = systemThreads()->detach("vantile-worker", [this] { serve(); });
+    if (started)
       ++threads_;
     else
       logLine("no background thread can be started");
+    return started;
   }
 
   void serve() {
