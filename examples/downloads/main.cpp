@@ -13,6 +13,10 @@
 
 int main(int argc, char** argv) {
   const std::chrono::seconds time(argc > 1 ? std::atoi(argv[1]) : 600);
+  if (time.count() <= 0) {
+    std::fprintf(stderr, "usage: %s [SECONDS]\n", argv[0]);
+    return 2;
+  }
   auto& loop = vantile::RunLoop::main();
 
   const auto delegate = std::make_shared<vantile::DownloadWatchDelegate>();
