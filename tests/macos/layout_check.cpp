@@ -3,6 +3,7 @@
 // seam tests: what holds in one and not in the other builds in only one.
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <IOKit/IOKitLib.h>
 #include <MacTypes.h>
 #include <dispatch/dispatch.h>
 #include <fcntl.h>
@@ -24,6 +25,15 @@ static_assert(sizeof(mach_msg_type_number_t) == 4 && sizeof(vm_size_t) == 8);
 static_assert(KERN_SUCCESS == 0 && MACH_PORT_NULL == 0);
 static_assert(HOST_VM_INFO == 2 && HOST_VM_INFO_COUNT == 15);
 static_assert(HOST_VM_INFO64 == 4 && HOST_VM_INFO64_COUNT == 38);
+
+static_assert(PROCESSOR_CPU_LOAD_INFO == 2 && CPU_STATE_MAX == 4);
+static_assert(CPU_STATE_USER == 0 && CPU_STATE_SYSTEM == 1 && CPU_STATE_IDLE == 2);
+static_assert(CPU_STATE_NICE == 3 && sizeof(vm_address_t) == 8);
+static_assert(PROCESSOR_SET_LOAD_INFO == 4 && PROCESSOR_SET_LOAD_INFO_COUNT == 4);
+static_assert(offsetof(processor_set_load_info, task_count) == 0);
+static_assert(offsetof(processor_set_load_info, thread_count) == 4);
+static_assert(CTL_HW == 6 && HW_NCPU == 3 && HW_CPU_FREQ == 15);
+static_assert(sizeof(io_object_t) == 4 && sizeof(task_port_t) == 4);
 
 static_assert(offsetof(vm_statistics, free_count) == 0);
 static_assert(offsetof(vm_statistics, active_count) == 4);

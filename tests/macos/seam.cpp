@@ -13,6 +13,10 @@ Seam::Seam() : descriptorsBefore_(openDescriptors()) {
 void Seam::TearDown() {
   const fakes::Live live = fakes::live();
   EXPECT_EQ(live.hostRights, 0);
+  EXPECT_EQ(live.setRights, 0);
+  EXPECT_EQ(live.kernelMemory, 0);
+  EXPECT_EQ(live.kernelObjects, 0);
+  EXPECT_EQ(live.connections, 0);
   EXPECT_EQ(live.sources, 0);
   EXPECT_EQ(live.timers, 0);
   EXPECT_EQ(live.loopReferences, 0);

@@ -27,7 +27,7 @@ systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
 SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks systemFileSystem
 systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders
 systemSwapAreas systemVersion systemBrowsers systemFileEvents systemHostResources systemPropertyLists
-systemTextFolding systemThreads systemWorkspace'''.split())
+systemTextFolding systemThreads systemWorkspace systemProcessors systemSmcService'''.split())
 
 
 def run(*command, **options):

@@ -12,4 +12,8 @@ extern Live counts;
 extern std::chrono::nanoseconds sinceStart;
 extern int wakeupCount;
 
+/// Whether that is a port's name and the right to it is there, too.
+bool isHost(std::uint32_t name);
+bool isProcessorSet(std::uint32_t name);
+
 }  // namespace fakes

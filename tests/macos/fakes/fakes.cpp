@@ -20,6 +20,10 @@ Live liveBefore;
 Live live() {
   const std::lock_guard lock(mutex);
   return {counts.hostRights - liveBefore.hostRights,
+          counts.setRights - liveBefore.setRights,
+          counts.kernelMemory - liveBefore.kernelMemory,
+          counts.kernelObjects - liveBefore.kernelObjects,
+          counts.connections - liveBefore.connections,
           counts.sources - liveBefore.sources,
           counts.timers - liveBefore.timers,
           counts.loopReferences - liveBefore.loopReferences,

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fakes/property_list.h"
@@ -50,6 +51,20 @@ struct Machine {
   int statisticsResult = 0;        ///< of both statistics calls
   bool exportsStatistics64 = true;
 
+  std::vector<std::uint32_t> processorTicks;  ///< four words a processor
+  std::optional<unsigned> processorCount;     ///< in place of as many as have ticks
+  int processorResult = 0;                    ///< of host_processor_info
+  std::uint32_t processorSet = 0x305;         ///< the default set; 0 is refused
+  int taskCount = 0, threadCount = 0, processorSetResult = 0;
+  std::vector<double> loadAverages;
+
+  int matchingResult = 0, openResult = 0, closeResult = 0, callResult = 0;  ///< IOKit's
+  std::vector<std::uint32_t> services;                                      ///< "AppleSMC" finds
+  std::vector<std::string> calls;                                           ///< of IOKit, in order
+  std::string callInput, callOutput;  ///< bytes of the last call to a service, and of its answer
+  std::size_t callRoom = 0;           ///< for them
+
+  std::map<std::pair<int, int>, std::string> sysctlNumbers;  ///< bytes by the two numbers
   std::map<std::string, std::string> sysctlValues;  ///< bytes by name; a name not here fails
   std::optional<std::string> swapUsage;             ///< bytes of the record; nothing fails
 
@@ -90,6 +105,10 @@ extern Machine machine;
 /// Objects that somebody still owes a release.
 struct Live {
   int hostRights = 0;
+  int setRights = 0;      ///< to processor sets
+  int kernelMemory = 0;   ///< arrays that the kernel gave
+  int kernelObjects = 0;  ///< IOKit's: iterators and services
+  int connections = 0;    ///< to services
   int sources = 0, timers = 0;
   int loopReferences = 0;  ///< beyond a thread's own to its loop
   int work = 0;            ///< on the global queue

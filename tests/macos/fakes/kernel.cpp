@@ -17,6 +17,7 @@
 
 #include "fakes/counters.h"
 
+using fakes::isHost;
 using fakes::machine;
 
 namespace {
@@ -54,12 +55,6 @@ kern_return_t give(const Record& record, integer_t* info, mach_msg_type_number_t
   return KERN_SUCCESS;
 }
 
-/// The right has to be there, not just its name.
-bool isHost(host_t host) {
-  const std::lock_guard lock(fakes::mutex);
-  return host != MACH_PORT_NULL && host == machine.hostName && fakes::counts.hostRights > 0;
-}
-
 int answer(const std::string* value, void* old, size_t* oldSize) {
   if (!value) return errno = ENOENT, -1;
   if (*oldSize < value->size()) return errno = ENOMEM, -1;
@@ -82,9 +77,10 @@ mach_port_t mach_host_self(void) {
 }
 
 kern_return_t mach_port_deallocate(ipc_space_t task, mach_port_t name) {
-  if (task != mach_task_self_ || !isHost(name)) std::abort();
+  const bool host = isHost(name);
+  if (task != mach_task_self_ || (!host && !fakes::isProcessorSet(name))) std::abort();
   const std::lock_guard lock(fakes::mutex);
-  --fakes::counts.hostRights;
+  --(host ? fakes::counts.hostRights : fakes::counts.setRights);
   return KERN_SUCCESS;
 }
 
@@ -109,8 +105,11 @@ void* fake_dlsym(void* handle, const char* name) {
 }
 
 int sysctl(int* name, unsigned int depth, void* old, size_t* oldSize, void*, size_t) {
-  if (depth != 2 || name[0] != CTL_VM || name[1] != VM_SWAPUSAGE) std::abort();
-  return answer(machine.swapUsage ? &*machine.swapUsage : nullptr, old, oldSize);
+  if (depth != 2) std::abort();
+  if (name[0] == CTL_VM && name[1] == VM_SWAPUSAGE)
+    return answer(machine.swapUsage ? &*machine.swapUsage : nullptr, old, oldSize);
+  const auto found = machine.sysctlNumbers.find({name[0], name[1]});
+  return answer(found == machine.sysctlNumbers.end() ? nullptr : &found->second, old, oldSize);
 }
 
 int sysctlbyname(const char* name, void* old, size_t* oldSize, void*, size_t) {

@@ -1,10 +1,11 @@
 #include "vantile/platform/linux/host_memory.h"
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <memory>
 #include <utility>
+
+#include "vantile/platform/linux/folder_entries.h"
 
 namespace vantile {
 namespace {
@@ -21,10 +22,6 @@ constexpr std::size_t allOfZramFile = 512;
 // looked for now and then, and so is the first use of a device; a change of the swap space is seen
 // at once.
 constexpr unsigned readingsBetweenSearches = 16;
-
-struct CloseFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
 
 }  // namespace
 
@@ -109,14 +106,13 @@ bool LinuxHostMemory::addZram(const std::string& name, ZramDevice& device) {
 }
 
 void LinuxHostMemory::findZramDevices() {
-  const std::unique_ptr<DIR, CloseFolder> listing(::opendir(blockDevices_.c_str()));
-  while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr) {
-    const std::string name = entry->d_name;
-    if (!name.starts_with("zram") || zramDevices_.contains(name)) continue;
+  forEachEntry(blockDevices_, [this](const dirent& entry) {
+    const std::string name = entry.d_name;
+    if (!name.starts_with("zram") || zramDevices_.contains(name)) return;
     const auto folder = blockDevices_ + "/" + name;
     zramDevices_.emplace(name,
                          ZramDevice{KeptFile(folder + "/mm_stat"), KeptFile(folder + "/stat")});
-  }
+  });
 }
 
 std::optional<VirtualMemoryReading> LinuxHostMemory::read() {

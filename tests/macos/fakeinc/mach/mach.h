@@ -18,6 +18,14 @@ typedef integer_t host_flavor_t;
 typedef integer_t* host_info_t;
 typedef integer_t* host_info64_t;
 typedef uintptr_t vm_size_t;
+typedef uintptr_t vm_address_t;
+typedef mach_port_t task_port_t;
+typedef mach_port_t vm_map_t;
+typedef mach_port_t processor_set_name_t;
+typedef int processor_flavor_t;
+typedef int processor_set_flavor_t;
+typedef integer_t* processor_info_array_t;
+typedef integer_t* processor_set_info_t;
 
 #define KERN_SUCCESS 0
 #define MACH_PORT_NULL 0
@@ -41,6 +49,21 @@ typedef struct vm_statistics64 {
   uint64_t total_uncompressed_pages_in_compressor;
 } __attribute__((aligned(8))) vm_statistics64_data_t;
 
+#define PROCESSOR_CPU_LOAD_INFO 2
+#define CPU_STATE_USER 0
+#define CPU_STATE_SYSTEM 1
+#define CPU_STATE_IDLE 2
+#define CPU_STATE_NICE 3
+#define CPU_STATE_MAX 4
+#define PROCESSOR_SET_LOAD_INFO 4
+
+typedef struct processor_set_load_info {
+  int task_count, thread_count;
+  integer_t load_average, mach_factor;
+} processor_set_load_info_data_t;
+
+#define PROCESSOR_SET_LOAD_INFO_COUNT \
+  ((mach_msg_type_number_t)(sizeof(processor_set_load_info_data_t) / sizeof(natural_t)))
 #define HOST_VM_INFO_COUNT \
   ((mach_msg_type_number_t)(sizeof(vm_statistics_data_t) / sizeof(integer_t)))
 #define HOST_VM_INFO64_COUNT \
@@ -56,6 +79,12 @@ kern_return_t host_statistics(host_t host, host_flavor_t flavor, host_info_t inf
                               mach_msg_type_number_t* words);
 kern_return_t host_statistics64(host_t host, host_flavor_t flavor, host_info64_t info,
                                 mach_msg_type_number_t* words);
+kern_return_t host_processor_info(host_t host, processor_flavor_t flavor, natural_t* processors,
+                                  processor_info_array_t* info, mach_msg_type_number_t* words);
+kern_return_t processor_set_default(host_t host, processor_set_name_t* set);
+kern_return_t processor_set_statistics(processor_set_name_t set, processor_set_flavor_t flavor,
+                                       processor_set_info_t info, mach_msg_type_number_t* words);
+kern_return_t vm_deallocate(vm_map_t task, vm_address_t address, vm_size_t size);
 
 #ifdef __cplusplus
 }

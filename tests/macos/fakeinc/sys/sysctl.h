@@ -5,6 +5,9 @@
 
 #define CTL_VM 2
 #define VM_SWAPUSAGE 5
+#define CTL_HW 6
+#define HW_NCPU 3
+#define HW_CPU_FREQ 15
 
 struct xsw_usage {
   uint64_t xsu_total, xsu_avail, xsu_used;

@@ -26,6 +26,7 @@ typedef const struct __CFDate* CFDateRef;
 typedef const struct __CFData* CFDataRef;
 typedef const struct __CFArray* CFArrayRef;
 typedef const struct __CFDictionary* CFDictionaryRef;
+typedef struct __CFDictionary* CFMutableDictionaryRef;
 typedef const struct __CFURL* CFURLRef;
 typedef const struct __CFLocale* CFLocaleRef;
 typedef struct __CFBundle* CFBundleRef;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <dirent.h>
+
+#include <memory>
+#include <string>
+
+namespace vantile {
+
+/// Calls `take` with each `dirent` of the folder at `path`, in the kernel's order; false where the
+/// folder can't be listed.
+template <class Take>
+bool forEachEntry(const std::string& path, Take take) {
+  struct Close {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+  };
+  const std::unique_ptr<DIR, Close> listing(::opendir(path.c_str()));
+  while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr) take(*entry);
+  return listing != nullptr;
+}
+
+}  // namespace vantile
