@@ -25,6 +25,9 @@ set(public_headers
     memory/cleaner.h
     memory/memory.h
     memory/memory_keys.h
+    platform/smc_record.h
+    sensors/cpu.h
+    sensors/smc.h
     utility/folder_functions.h
     utility/general_utility.h
     utility/paths.h
