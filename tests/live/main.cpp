@@ -4,6 +4,7 @@
 
 #ifdef __linux__
 #include "live/cleaner_helper.h"
+#include "live/sensor_helper.h"
 #endif
 
 int main(int count, char** arguments) {
@@ -11,6 +12,8 @@ int main(int count, char** arguments) {
   using namespace vantile::testing;
   if (count == 4 && std::string_view(arguments[1]) == cleanInGroup)
     return runCleanerHelper(arguments[2], arguments[3]);
+  if (count >= 2 && std::string_view(arguments[1]) == readTemperature)
+    return runSensorHelper(count - 2, arguments + 2);
 #endif
   ::testing::InitGoogleTest(&count, arguments);
   return RUN_ALL_TESTS();
