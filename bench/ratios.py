@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints what the benchmarks measured as ratios: bench/ratios.py MEMORY.json TRAVERSE.json."""
+"""Prints what the benchmarks measured as ratios: bench/ratios.py MEASURED.json...."""
 
 import json
 import statistics
@@ -12,6 +12,9 @@ COMPARISONS = [
     ("memory tick", "bare reads", 1.3),
     ("memory tick", "libgtop", 1 / 1.8),
     ("memory tick", "libstatgrab", None),
+    ("cpu tick", "bare cpu reads", 1.6),
+    ("cpu usage", "libgtop cpu", 1.0),
+    ("cpu usage", "libstatgrab cpu", 1.0),
     ("trv_all_app", "find -type d", 1.0),
     ("trv_all_app", "find", 1.0),
     ("trv_all_app", "fts, names", None),
