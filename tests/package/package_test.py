@@ -27,8 +27,9 @@ makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostRe
 systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
 SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks systemFileSystem
 systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders
-systemSwapAreas systemVersion systemBrowsers systemFileEvents systemHostResources systemPropertyLists
-systemTextFolding systemThreads systemWorkspace systemProcessors systemSmcService'''.split())
+systemSwapAreas systemVersion systemEntries systemFacts systemTextPieces systemBrowsers
+systemFileEvents systemHostResources systemPropertyLists systemTextFolding systemThreads systemWorkspace
+systemProcessors systemSmcService'''.split())
 
 
 def run(*command, **options):

@@ -66,6 +66,7 @@ struct Machine {
 
   std::map<std::pair<int, int>, std::string> sysctlNumbers;  ///< bytes by the two numbers
   std::map<std::string, std::string> sysctlValues;  ///< bytes by name; a name not here fails
+  std::map<std::string, std::string> sysctlLater;   ///< what they become once their size was told
   std::optional<std::string> swapUsage;             ///< bytes of the record; nothing fails
 
   std::optional<std::string> accountHome = "/Users/ada";  ///< nothing: no account
@@ -83,7 +84,13 @@ struct Machine {
   bool hasBundle = true;
   std::map<std::string, std::string> resources;  ///< of the main bundle, paths by name and type
 
-  std::set<std::string> classes = {"NSValue", "NSWorkspace"};  ///< that are loaded
+  bool hasExpertDevice = true;
+  std::map<std::string, PropertyList> registry;  ///< the expert device's properties
+  std::optional<std::u16string> computerName, localHostName, userName, fullUserName;
+  std::uint64_t operatingSystem = 5, physicalMemory = 0;
+
+  /// That are loaded.
+  std::set<std::string> classes = {"NSHost", "NSProcessInfo", "NSValue", "NSWorkspace"};
   std::string raisesAt;                 ///< a selector that raises an exception
   std::vector<std::string> notedPaths;  ///< that the desktop was told of
   std::vector<Post> posts;

@@ -57,8 +57,8 @@ kern_return_t give(const Record& record, integer_t* info, mach_msg_type_number_t
 
 int answer(const std::string* value, void* old, size_t* oldSize) {
   if (!value) return errno = ENOENT, -1;
-  if (*oldSize < value->size()) return errno = ENOMEM, -1;
-  std::memcpy(old, value->data(), value->size());
+  if (old && *oldSize < value->size()) return errno = ENOMEM, -1;
+  if (old) std::memcpy(old, value->data(), value->size());
   *oldSize = value->size();
   return 0;
 }
@@ -114,7 +114,11 @@ int sysctl(int* name, unsigned int depth, void* old, size_t* oldSize, void*, siz
 
 int sysctlbyname(const char* name, void* old, size_t* oldSize, void*, size_t) {
   const auto found = machine.sysctlValues.find(name);
-  return answer(found == machine.sysctlValues.end() ? nullptr : &found->second, old, oldSize);
+  const int result =
+      answer(found == machine.sysctlValues.end() ? nullptr : &found->second, old, oldSize);
+  if (!old && result == 0 && machine.sysctlLater.contains(name))
+    found->second = machine.sysctlLater[name];
+  return result;
 }
 
 int fake_getpwuid_r(uid_t user, struct passwd* entry, char* text, size_t size,

@@ -1,4 +1,4 @@
-// As much of the Objective-C runtime, AppKit and Foundation as takes the workspace's messages. Not
+// As much of the Objective-C runtime, AppKit and Foundation as takes the adapters' messages. Not
 // by the header of objc_msgSend, whose type is none of those that it is called by: a method takes
 // what its selector says from the registers, and looks at nothing else there.
 
@@ -20,12 +20,16 @@ struct objc_class : Object {
 
 namespace {
 
-objc_class value("NSValue"), workspace("NSWorkspace");
+objc_class host("NSHost"), process("NSProcessInfo"), value("NSValue"), workspace("NSWorkspace");
 
 struct Workspace : Object {
 } sharedWorkspace;
 struct Centre : Object {
 } centre;
+struct Host : Object {
+} currentHost;
+struct Process : Object {
+} processInformation;
 struct PointerHolder : fakes::Counted {
   const void* pointer = nullptr;
 };
@@ -63,12 +67,39 @@ id valueWithPointer(const void* pointer) {
   return idOf(holder);
 }
 
+id autoreleased(const std::optional<std::u16string>& text) {
+  auto* const string = text ? fakes::createdBy<__CFString>("an autoreleased string") : nullptr;
+  if (string) string->text = *text;
+  autorelease(string);
+  return idOf(string);
+}
+
+/// Answers what is asked of the machine: an object, or an integer in an object's place.
+std::optional<id> answerOfMachine(const Object* receiver, const std::string& selector) {
+  if (receiver == &host && selector == "currentHost") return idOf(&currentHost);
+  if (receiver == &currentHost && selector == "localizedName")
+    return autoreleased(machine.localHostName);
+  if (receiver == &process && selector == "processInfo") return idOf(&processInformation);
+  if (receiver == &processInformation && selector == "operatingSystem")
+    return reinterpret_cast<id>(machine.operatingSystem);
+  if (receiver == &processInformation && selector == "physicalMemory")
+    return reinterpret_cast<id>(machine.physicalMemory);
+  return std::nullopt;
+}
+
 }  // namespace
 
 extern "C" {
 
+id NSUserName(void) {
+  return autoreleased(machine.userName);
+}
+id NSFullUserName(void) {
+  return autoreleased(machine.fullUserName);
+}
+
 Class objc_getClass(const char* name) {
-  for (auto* const known : {&value, &workspace})
+  for (auto* const known : {&host, &process, &value, &workspace})
     if (known->name == name && machine.classes.contains(name)) return known;
   return nullptr;
 }
@@ -108,6 +139,7 @@ id objc_msgSend(id self, SEL operation, const void* first, const void* second, c
     post(first, second, third);
     return nullptr;
   }
+  if (const auto answer = answerOfMachine(receiver, selector)) return *answer;
   const auto* const number = dynamic_cast<const __CFNumber*>(receiver);
   if (number && selector == "unsignedLongLongValue")
     return reinterpret_cast<id>(std::get<std::uint64_t>(number->number));

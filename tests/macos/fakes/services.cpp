@@ -15,6 +15,15 @@ namespace {
 
 constexpr io_iterator_t iterator = 0x401;
 constexpr io_connect_t connection = 0x501;
+constexpr io_service_t expertDevice = 0x601;
+
+struct Matching : __CFDictionary {
+  std::string className;
+};
+
+bool isFor(const char* className, CFDictionaryRef matching) {
+  return static_cast<const Matching*>(matching)->className == className;
+}
 
 std::size_t next = 0;             // service that the iterator gives
 std::multiset<io_object_t> live;  // objects that somebody owes a release
@@ -35,8 +44,26 @@ io_object_t give(io_object_t object) {
 extern "C" {
 
 CFMutableDictionaryRef IOServiceMatching(const char* name) {
-  if (std::strcmp(name, "AppleSMC") != 0) std::abort();
-  return fakes::createdBy<__CFDictionary>("IOServiceMatching");
+  auto* const matching = fakes::createdBy<Matching>("IOServiceMatching");
+  if (matching) matching->className = name;
+  return matching;
+}
+
+io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef matching) {
+  note("match");
+  if (mainPort != MACH_PORT_NULL) std::abort();
+  if (!matching) return IO_OBJECT_NULL;
+  if (!isFor("IOPlatformExpertDevice", matching)) std::abort();
+  CFRelease(matching);  // it takes the reference over
+  return machine.hasExpertDevice ? give(expertDevice) : IO_OBJECT_NULL;
+}
+
+CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
+                                          CFAllocatorRef allocator, IOOptionBits options) {
+  note("property");
+  if (entry != expertDevice || !live.contains(entry) || allocator || options != 0) std::abort();
+  const auto found = machine.registry.find(*fakes::utf8Of(key->text));
+  return found == machine.registry.end() ? nullptr : fakes::objectFrom(found->second);
 }
 
 kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef matching,
@@ -44,6 +71,7 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef
   note("match");
   if (mainPort != MACH_PORT_NULL) std::abort();
   if (!matching) return static_cast<kern_return_t>(0xe00002c2);
+  if (!isFor("AppleSMC", matching)) std::abort();
   CFRelease(matching);  // it takes the reference over
   if (machine.matchingResult != KERN_SUCCESS) return machine.matchingResult;
   next = 0;

@@ -1,6 +1,7 @@
 // Text as CoreFoundation keeps it, in UTF-16, and as much of Unicode's rules as the tests ask for.
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <locale>
@@ -9,11 +10,16 @@
 
 using fakes::machine;
 
+struct __CFCharacterSet {
+  bool isOfPunctuation;
+};
+
 struct __CFLocale : fakes::Object {};
 
 namespace {
 
 __CFLocale rootLocale;
+constexpr __CFCharacterSet alphanumerics = {false}, punctuation = {true};
 
 /// A facet that can be made and destroyed here.
 struct Conversion : std::codecvt<char16_t, char8_t, std::mbstate_t> {};
@@ -133,6 +139,20 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
   *usedSize = size;
   const bool fails = machine.refuses.contains(buffer ? "CFStringGetBytes" : "measuring");
   return fails ? 0 : static_cast<CFIndex>(used);
+}
+
+CFCharacterSetRef CFCharacterSetGetPredefined(CFCharacterSetPredefinedSet set) {
+  if (set == kCFCharacterSetAlphaNumeric) return &alphanumerics;
+  if (set != kCFCharacterSetPunctuation) std::abort();
+  return &punctuation;
+}
+
+// Of the characters that are not ASCII, those beyond U+00BF are letters.
+Boolean CFCharacterSetIsLongCharacterMember(CFCharacterSetRef set, UInt32 character) {
+  const auto code = static_cast<unsigned char>(character);
+  const bool isAscii = character < 0x80;
+  if (!set->isOfPunctuation) return isAscii ? std::isalnum(code) != 0 : character >= 0xC0;
+  return isAscii && std::strchr("!\"#%&'()*,-./:;?@[\\]_{}", code) != nullptr && code != 0;
 }
 
 CFLocaleRef CFLocaleGetSystem(void) {

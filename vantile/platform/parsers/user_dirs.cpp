@@ -1,16 +1,10 @@
 #include "vantile/platform/parsers/user_dirs.h"
 
-#include <algorithm>
-
+#include "vantile/platform/parsers/shell_assignments.h"
 #include "vantile/platform/parsers/text.h"
 
 namespace vantile {
 namespace {
-
-std::string_view withoutLeadingBlanks(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-  return text;
-}
 
 /// The text up to the closing double quote, its backslash escapes resolved.
 std::optional<std::string> unquoted(std::string_view text) {
@@ -42,11 +36,9 @@ std::optional<std::string> parseUserDirs(std::string_view text, std::string_view
                                          std::string_view home) {
   std::optional<std::string> found;
   while (!text.empty()) {
-    auto line = withoutLeadingBlanks(takeLine(text));
-    if (!line.starts_with(name)) continue;
-    line = withoutLeadingBlanks(line.substr(name.size()));
-    if (!line.starts_with('=')) continue;
-    if (auto path = folder(withoutLeadingBlanks(line.substr(1)), home)) found = std::move(path);
+    const auto assigned = assignedText(takeLine(text), name);
+    auto path = assigned ? folder(*assigned, home) : std::nullopt;
+    if (path) found = std::move(path);
   }
   return found;
 }

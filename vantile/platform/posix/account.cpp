@@ -5,13 +5,18 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <optional>
 #include <vector>
 
 namespace vantile {
 namespace {
 
-std::optional<std::string> homeInAccounts() {
+std::string textOf(const char* text) {
+  return text ? text : "";
+}
+
+}  // namespace
+
+std::optional<Account> ownAccount() {
   std::vector<char> text(1024);
   passwd entry = {};
   passwd* found = nullptr;
@@ -21,20 +26,19 @@ std::optional<std::string> homeInAccounts() {
     text.resize(text.size() * 4);
     result = ::getpwuid_r(::getuid(), &entry, text.data(), text.size(), &found);
   }
-  if (result != 0 || !found || !entry.pw_dir || entry.pw_dir[0] != '/') return std::nullopt;
-  return entry.pw_dir;
+  if (result != 0 || !found) return std::nullopt;
+  return Account{textOf(entry.pw_name), textOf(entry.pw_gecos), textOf(entry.pw_dir)};
 }
 
-}  // namespace
-
 std::string homeOfAccount() {
-  auto home = homeInAccounts();
-  if (!home) {
+  const auto account = ownAccount();
+  std::string home = account ? account->home : "";
+  if (!home.starts_with('/')) {
     const char* const named = ::getenv("HOME");
     home = named && named[0] == '/' ? named : "/";
   }
-  while (home->size() > 1 && home->ends_with('/')) home->pop_back();
-  return *home;
+  while (home.size() > 1 && home.ends_with('/')) home.pop_back();
+  return home;
 }
 
 }  // namespace vantile

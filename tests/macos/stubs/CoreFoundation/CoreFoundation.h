@@ -29,6 +29,7 @@ typedef const struct __CFDictionary* CFDictionaryRef;
 typedef struct __CFDictionary* CFMutableDictionaryRef;
 typedef const struct __CFURL* CFURLRef;
 typedef const struct __CFLocale* CFLocaleRef;
+typedef const struct __CFCharacterSet* CFCharacterSetRef;
 typedef struct __CFBundle* CFBundleRef;
 typedef struct __CFError* CFErrorRef;
 
@@ -65,6 +66,12 @@ void CFStringLowercase(CFMutableStringRef string, CFLocaleRef locale);
 void CFStringFold(CFMutableStringRef string, CFStringCompareFlags flags, CFLocaleRef locale);
 
 CFLocaleRef CFLocaleGetSystem(void);
+
+typedef CFIndex CFCharacterSetPredefinedSet;
+enum { kCFCharacterSetAlphaNumeric = 10, kCFCharacterSetPunctuation = 11 };
+
+CFCharacterSetRef CFCharacterSetGetPredefined(CFCharacterSetPredefinedSet set);
+Boolean CFCharacterSetIsLongCharacterMember(CFCharacterSetRef set, UInt32 character);
 
 // Values of property lists.
 

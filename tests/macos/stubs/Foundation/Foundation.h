@@ -1,3 +1,17 @@
-// Foundation, as far as the macOS adapters use it: none of its functions. They find NSValue by its
-// name once the framework is loaded, so that linking to it is all it takes.
+// Foundation, as far as the macOS adapters use it: two functions, which they declare for
+// themselves, since the real header is for Objective-C alone. They find its classes by name once
+// the framework is loaded.
 #pragma once
+
+#include <objc/runtime.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+id NSUserName(void);
+id NSFullUserName(void);
+
+#ifdef __cplusplus
+}
+#endif

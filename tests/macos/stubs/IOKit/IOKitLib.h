@@ -15,12 +15,17 @@ typedef mach_port_t io_object_t;
 typedef io_object_t io_connect_t;
 typedef io_object_t io_iterator_t;
 typedef io_object_t io_service_t;
+typedef io_object_t io_registry_entry_t;
+typedef uint32_t IOOptionBits;
 
 #define IO_OBJECT_NULL ((io_object_t)0)
 
 CFMutableDictionaryRef IOServiceMatching(const char* name);
 kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef matching,
                                            io_iterator_t* existing);
+io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef matching);
+CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
+                                          CFAllocatorRef allocator, IOOptionBits options);
 io_object_t IOIteratorNext(io_iterator_t iterator);
 kern_return_t IOObjectRelease(io_object_t object);
 kern_return_t IOServiceOpen(io_service_t service, task_port_t owningTask, uint32_t type,
