@@ -28,6 +28,7 @@ set(public_headers
     platform/smc_record.h
     sensors/cpu.h
     sensors/smc.h
+    sysinfo/system_info.h
     utility/folder_functions.h
     utility/general_utility.h
     utility/paths.h

@@ -21,7 +21,7 @@ applicationcallback appcallback folder_app_callback SMCOpen SMCClose SMCCall SMC
 SMCGetTemperature _strtoul _ultostr'''.split())
 
 # What hosts use, and what the one library uses of the other: no more of the C++ names is seen.
-PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDMemory NotificationCenter Queue RunLoop
+PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDMemory KVDSystemInfo NotificationCenter Queue RunLoop
 Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
 makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostResourceFolder setLogSink startWithString
 systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
