@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <variant>
 
 namespace vantile::host {
@@ -70,6 +69,13 @@ std::string dump(const Json& json) {
 
 std::string jsonText(const Value& value) {
   return dump(toJson(value));
+}
+
+std::string jsonText(const NamedValues& values) {
+  Json object = Json::object();
+  for (const auto& [name, value] : values)
+    object[std::string(name)] = value ? toJson(*value) : Json();
+  return dump(object);
 }
 
 std::string jsonLine(const Report& report, std::chrono::sys_time<std::chrono::milliseconds> time) {

@@ -10,6 +10,7 @@
 
 #include "clean.h"
 #include "dashboard/dashboard.h"
+#include "info.h"
 #include "options.h"
 #include "output.h"
 #include "registry.h"
@@ -48,6 +49,10 @@ int run(std::span<const std::string> arguments) {
       return runStream(options);
     case Command::Clean:
       return runClean();
+    case Command::Info: {
+      const auto info = KVDSystemInfo::init();
+      return print(options.json ? systemJson(*info) : systemTable(*info));
+    }
     case Command::Automatic:
       break;
   }

@@ -25,6 +25,7 @@ constexpr const char* examples =
     "  vantile-host stream --count 1 | jq '.arguments[0].memory_used'\n"
     "  vantile-host watch downloads              a line for each download that finishes\n"
     "  vantile-host clean                        put idle memory to use again\n"
+    "  vantile-host info --json | jq .sysModelID what this machine is\n"
     "\n"
     "Exit status:\n"
     "  0      done; also when the reader of the output went away\n"
@@ -91,6 +92,18 @@ constexpr const char* cleanExamples =
     "Exit status: 0 after a whole run, also when nothing was freed; 130 after Ctrl-C, 143 after\n"
     "SIGTERM; 1 when the system does not tell its memory; 2 for bad arguments.\n";
 
+constexpr const char* infoSummary =
+    "Prints what this machine is: its names, its user, system and version, memory, serial number,\n"
+    "model and processor. What the system does not tell is '-'; serial number and UUID it often\n"
+    "tells root alone.\n";
+
+constexpr const char* infoExamples =
+    "Examples:\n"
+    "  vantile-host info\n"
+    "  vantile-host info --json | jq .sysPhysicalMemory\n"
+    "\n"
+    "Exit status: 0; 1 when the output cannot be written, 2 for bad arguments.\n";
+
 std::string joined(std::span<const std::string> words, const char* separator) {
   std::string text;
   for (const auto& word : words) text += (text.empty() ? "" : separator) + word;
@@ -109,6 +122,7 @@ std::optional<std::uint64_t> wholeNumber(std::string_view text) {
 struct Raw {
   std::string monitors, interval = "1", count = "0";
   std::vector<std::string> watchers;
+  bool json = false;
 };
 
 /// Adds the names of a list that is separated by commas.
@@ -164,6 +178,7 @@ std::variant<Options, UsageError> understood(const Raw& raw, Command command,
     return UsageError{"--count must be a whole number, 0 for no end, not '" + raw.count + "'"};
   }
   options.count = *count;
+  options.json = raw.json;
 
   if (auto error = takeMonitors(raw, known, options)) return *error;
   return options;
@@ -175,7 +190,7 @@ UsageError unexpected(const std::string& argument, const std::string& inCommand)
   if (argument.starts_with("-")) return {"unknown option '" + argument + "'" + help};
   if (!inCommand.empty()) return {"unexpected argument '" + argument + "'" + help};
   return {"unknown command '" + argument +
-          "' (known: stream, watch, clean; see vantile-host --help)"};
+          "' (known: stream, watch, clean, info; see vantile-host --help)"};
 }
 
 std::string nameOf(const CLI::ParseError& error) {
@@ -198,7 +213,9 @@ class Grammar {
     stream->footer(streamExamples);
     watch->footer(watchExamples);
     clean->footer(cleanExamples);
-    for (auto* command : {&app, stream, watch, clean}) command->allow_extras();
+    info = app.add_subcommand("info", "Print what this machine is");
+    info->footer(infoExamples);
+    for (auto* command : {&app, stream, watch, clean, info}) command->allow_extras();
     app.get_formatter()->column_width(26);
 
     raw.monitors = joined(known.sampled, ",");
@@ -214,12 +231,16 @@ class Grammar {
                          ".\nAll of them when none is named")
         ->type_name("");
     option(watch, "--count", raw.count, "N", "End after N lines. 0: no end");
+    info->add_flag("--json", raw.json,
+                   "Print one JSON object under the properties' names, with\n"
+                   "null for what is not told");
   }
 
   /// The command that was given.
   Command command() const {
     if (*stream) return Command::Stream;
     if (*watch) return Command::Watch;
+    if (*info) return Command::Info;
     return *clean ? Command::Clean : Command::Automatic;
   }
 
@@ -234,6 +255,7 @@ class Grammar {
     if (*stream) stream->description(streamSummary);
     if (*watch) watch->description(watchSummary);
     if (*clean) clean->description(cleanSummary);
+    if (*info) info->description(infoSummary);
     return app.help();
   }
 
@@ -250,6 +272,7 @@ class Grammar {
   CLI::App* stream = nullptr;
   CLI::App* watch = nullptr;
   CLI::App* clean = nullptr;
+  CLI::App* info = nullptr;
 };
 
 }  // namespace

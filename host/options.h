@@ -13,6 +13,7 @@ enum class Command {
   Stream,
   Watch,
   Clean,
+  Info,
   Print,  ///< print `text`: help or the version
 };
 
@@ -21,6 +22,7 @@ struct Options {
   std::vector<std::string> monitors;  ///< without repetitions, in the order given
   std::int32_t interval = 1;          ///< seconds
   std::uint64_t count = 0;  ///< reports of each monitor, with Watch of all together; 0 is endless
+  bool json = false;        ///< with Info
   std::string text;
 };
 

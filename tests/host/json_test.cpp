@@ -60,6 +60,12 @@ TEST(HostJson, DictionariesKeepTheirOrder) {
   EXPECT_EQ(jsonText(dictionary), R"({"zebra":1,"ant":[1,"two",false]})");
 }
 
+TEST(HostJson, NamedValuesAreAnObjectInTheirOrderWithNullForNil) {
+  EXPECT_EQ(jsonText(NamedValues{{"zebra", Value("z\xff")}, {"ant", std::nullopt}, {"bee", 1}}),
+            "{\"zebra\":\"z\uFFFD\",\"ant\":null,\"bee\":1}");
+  EXPECT_EQ(jsonText(NamedValues{}), "{}");
+}
+
 TEST(HostJson, EmptyCollectionsAreNotNull) {
   EXPECT_EQ(jsonText(std::make_shared<Dictionary>()), "{}");
   EXPECT_EQ(jsonText(std::make_shared<Array>()), "[]");

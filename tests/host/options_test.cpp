@@ -98,6 +98,19 @@ TEST(HostOptions, CleanTakesNothing) {
             "unknown option '--count' (see vantile-host clean --help)");
 }
 
+TEST(HostOptions, InfoIsATableUnlessJsonIsAskedFor) {
+  EXPECT_EQ(optionsOf({"info"}).command, Command::Info);
+  EXPECT_FALSE(optionsOf({"info"}).json);
+  EXPECT_TRUE(optionsOf({"info", "--json"}).json);
+}
+
+TEST(HostOptions, InfoTakesNothingElse) {
+  EXPECT_EQ(errorOf({"info", "--count", "3"}),
+            "unknown option '--count' (see vantile-host --help)");
+  EXPECT_EQ(errorOf({"info", "all"}), "unexpected argument 'all' (see vantile-host --help)");
+  EXPECT_EQ(errorOf({"stream", "--json"}), "unknown option '--json' (see vantile-host --help)");
+}
+
 TEST(HostOptions, AnUnknownMonitorIsNamedBesideTheKnownOnes) {
   EXPECT_EQ(errorOf({"stream", "--monitors", "memory,memroy"}),
             "unknown monitor 'memroy' (known: memory, disk, trash, downloads)");
@@ -126,7 +139,7 @@ TEST(HostOptions, AnOptionWithoutItsValueIsNamed) {
 
 TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {
   EXPECT_EQ(errorOf({"strem"}),
-            "unknown command 'strem' (known: stream, watch, clean; see vantile-host --help)");
+            "unknown command 'strem' (known: stream, watch, clean, info; see vantile-host --help)");
   EXPECT_EQ(errorOf({"--verbose"}), "unknown option '--verbose' (see vantile-host --help)");
   EXPECT_EQ(errorOf({"stream", "more"}),
             "unexpected argument 'more' (see vantile-host stream --help)");
@@ -135,7 +148,8 @@ TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {
 TEST(HostOptions, HelpTellsOfCommandsExamplesAndExitStatus) {
   const auto options = optionsOf({"--help"});
   EXPECT_EQ(options.command, Command::Print);
-  for (const char* part : {"stream", "watch", "clean", "Examples:", "Exit status:", "128+N"}) {
+  for (const char* part :
+       {"stream", "watch", "clean", "info", "Examples:", "Exit status:", "128+N"}) {
     EXPECT_NE(options.text.find(part), std::string::npos) << part;
   }
 }
@@ -151,8 +165,11 @@ TEST(HostOptions, ACommandsHelpIsItsOwn) {
 }
 
 TEST(HostOptions, HelpFitsAnOrdinaryTerminal) {
-  for (const Names& arguments :
-       {Names{"--help"}, {"stream", "--help"}, {"watch", "--help"}, {"clean", "--help"}}) {
+  for (const Names& arguments : {Names{"--help"},
+                                 {"stream", "--help"},
+                                 {"watch", "--help"},
+                                 {"clean", "--help"},
+                                 {"info", "--help"}}) {
     const auto text = optionsOf(arguments).text;
     for (std::size_t start = 0; start < text.size();) {
       const auto end = text.find('\n', start);

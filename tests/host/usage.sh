@@ -21,7 +21,9 @@ refuses "--interval must be a whole number of seconds from 1 to 86400, not '0'" 
   stream --interval 0
 refuses "--count must be a whole number, 0 for no end, not 'many'" stream --count many
 refuses "unknown option '--verbose' (see vantile-host --help)" --verbose
-refuses "unknown command 'strem' (known: stream, watch, clean; see vantile-host --help)" strem
+refuses "unknown command 'strem' (known: stream, watch, clean, info; see vantile-host --help)" strem
+refuses "unexpected argument 'all' (see vantile-host --help)" info all
+refuses "unknown option '--json' (see vantile-host --help)" stream --json
 refuses "option '--count' needs a value (see vantile-host --help)" stream --count
 
 "$HOST" stream --monitors "$(printf 'a\nb')" 2>"$WORK/err"

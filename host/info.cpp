@@ -1,0 +1,90 @@
+#include "info.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "json.h"
+#include "text.h"
+
+namespace vantile::host {
+namespace {
+
+struct Property {
+  std::string_view name, label;
+  std::optional<Value> value;
+  std::string shown;  ///< empty: nil
+};
+
+Property text(std::string_view name, std::string_view label,
+              const std::optional<std::string>& value) {
+  return {name, label, argument(value), printable(value.value_or(""))};
+}
+
+template <class Number>
+Property number(std::string_view name, std::string_view label, const std::optional<Number>& value,
+                std::string (*show)(Number)) {
+  return {name, label, value ? std::optional<Value>(*value) : std::nullopt,
+          value ? show(*value) : ""};
+}
+
+std::string formatHertz(std::uint64_t hertz) {
+  return formatFixed(static_cast<double>(hertz) / 1e9, 2) + " GHz";
+}
+
+template <class Number>
+std::string formatWhole(Number value) {
+  return std::to_string(value);
+}
+
+/// It has 0 for nil.
+std::optional<std::uint64_t> memoryOf(const KVDSystemInfo& info) {
+  const auto bytes = info.sysPhysicalMemory();
+  return bytes == 0 ? std::nullopt : std::optional(bytes);
+}
+
+/// In the order in which the class declares them.
+std::vector<Property> propertiesOf(const KVDSystemInfo& info) {
+  return {
+      text("computerName", "computer name", info.computerName()),
+      text("sysName", "host name", info.sysName()),
+      text("sysUserName", "user", info.sysUserName()),
+      text("sysFullUserName", "full user name", info.sysFullUserName()),
+      number("sysOSName", "system identifier", info.sysOSName(), formatWhole),
+      text("sysOSVersion", "system version", info.sysOSVersion()),
+      number("sysPhysicalMemory", "memory", memoryOf(info), formatBytes),
+      text("sysSerialNumber", "serial number", info.sysSerialNumber()),
+      text("sysUUID", "hardware UUID", info.sysUUID()),
+      text("sysModelID", "model", info.sysModelID()),
+      text("sysProcessorName", "processor", info.sysProcessorName()),
+      number("sysProcessorSpeed", "processor speed", info.sysProcessorSpeed(), formatHertz),
+      number("sysProcessorCount", "processor cores", info.sysProcessorCount(), formatWhole),
+  };
+}
+
+}  // namespace
+
+std::string systemTable(const KVDSystemInfo& info) {
+  const auto properties = propertiesOf(info);
+  std::size_t widest = 0;
+  for (const auto& property : properties) widest = std::max(widest, property.label.size());
+  std::string table;
+  for (const auto& property : properties) {
+    table.append(property.label).append(":");
+    table.append(widest - property.label.size() + 2, ' ');
+    table.append(property.shown.empty() ? "-" : property.shown).append("\n");
+  }
+  return table;
+}
+
+std::string systemJson(const KVDSystemInfo& info) {
+  NamedValues values;
+  for (const auto& property : propertiesOf(info))
+    values.emplace_back(property.name, property.value);
+  return jsonText(values) + '\n';
+}
+
+}  // namespace vantile::host

@@ -1,0 +1,106 @@
+#include "info.h"
+
+#include <gtest/gtest.h>
+
+namespace vantile::host {
+namespace {
+
+/// A description of no machine: nothing is told.
+std::shared_ptr<KVDSystemInfo> nothingTold() {
+  auto info = KVDSystemInfo::init();
+  info->setComputerName({});
+  info->setSysName({});
+  info->setSysUserName({});
+  info->setSysFullUserName({});
+  info->setSysOSName({});
+  info->setSysOSVersion({});
+  info->setSysPhysicalMemory(0);
+  info->setSysSerialNumber({});
+  info->setSysUUID({});
+  info->setSysModelID({});
+  info->setSysProcessorName({});
+  info->setSysProcessorSpeed({});
+  info->setSysProcessorCount({});
+  return info;
+}
+
+std::shared_ptr<KVDSystemInfo> everythingTold() {
+  auto info = KVDSystemInfo::init();
+  info->setComputerName("Ada's Desk");
+  info->setSysName("ada-desk");
+  info->setSysUserName("ada");
+  info->setSysFullUserName("Ada Lovelace");
+  info->setSysOSName(5);
+  info->setSysOSVersion("10.9.4 (13E28)");
+  info->setSysPhysicalMemory(17179869184);
+  info->setSysSerialNumber("C02ABC");
+  info->setSysUUID("564D-1");
+  info->setSysModelID("MacBookPro11,1");
+  info->setSysProcessorName("Intel Core i5");
+  info->setSysProcessorSpeed(2596132000);
+  info->setSysProcessorCount(2);
+  return info;
+}
+
+TEST(HostInfo, TheTableHasALineAPropertyAndAlignedValues) {
+  EXPECT_EQ(systemTable(*everythingTold()),
+            "computer name:      Ada's Desk\n"
+            "host name:          ada-desk\n"
+            "user:               ada\n"
+            "full user name:     Ada Lovelace\n"
+            "system identifier:  5\n"
+            "system version:     10.9.4 (13E28)\n"
+            "memory:             16.0 GiB\n"
+            "serial number:      C02ABC\n"
+            "hardware UUID:      564D-1\n"
+            "model:              MacBookPro11,1\n"
+            "processor:          Intel Core i5\n"
+            "processor speed:    2.60 GHz\n"
+            "processor cores:    2\n");
+}
+
+TEST(HostInfo, WhatIsNotToldIsADashInTheTable) {
+  EXPECT_EQ(systemTable(*nothingTold()),
+            "computer name:      -\n"
+            "host name:          -\n"
+            "user:               -\n"
+            "full user name:     -\n"
+            "system identifier:  -\n"
+            "system version:     -\n"
+            "memory:             -\n"
+            "serial number:      -\n"
+            "hardware UUID:      -\n"
+            "model:              -\n"
+            "processor:          -\n"
+            "processor speed:    -\n"
+            "processor cores:    -\n");
+}
+
+TEST(HostInfo, TheTableIsSafeToPrint) {
+  const auto info = nothingTold();
+  info->setComputerName("a\n\x1b[2Jb\xff");
+  EXPECT_TRUE(systemTable(*info).starts_with("computer name:      a\uFFFD\uFFFD[2Jb\uFFFD\nhost"));
+}
+
+TEST(HostInfo, JsonIsOneObjectUnderThePropertiesNames) {
+  EXPECT_EQ(systemJson(*everythingTold()),
+            R"({"computerName":"Ada's Desk","sysName":"ada-desk","sysUserName":"ada",)"
+            R"x("sysFullUserName":"Ada Lovelace","sysOSName":5,"sysOSVersion":"10.9.4 (13E28)",)x"
+            R"("sysPhysicalMemory":17179869184,"sysSerialNumber":"C02ABC","sysUUID":"564D-1",)"
+            R"("sysModelID":"MacBookPro11,1","sysProcessorName":"Intel Core i5",)"
+            R"("sysProcessorSpeed":2596132000,"sysProcessorCount":2})"
+            "\n");
+}
+
+TEST(HostInfo, NilIsNullInJson) {
+  EXPECT_EQ(
+      systemJson(*nothingTold()),
+      R"({"computerName":null,"sysName":null,"sysUserName":null,"sysFullUserName":null,)"
+      R"("sysOSName":null,"sysOSVersion":null,"sysPhysicalMemory":null,"sysSerialNumber":null,)"
+      R"("sysUUID":null,"sysModelID":null,"sysProcessorName":null,"sysProcessorSpeed":null,)"
+      R"("sysProcessorCount":null})"
+      "\n");
+}
+
+}  // namespace
+}  // namespace vantile::host
