@@ -33,10 +33,11 @@ std::optional<std::string> lscpu(const std::string& label) {
   return std::nullopt;
 }
 
-/// How many different pairs of core and socket lscpu lists.
+/// How many different pairs of core and socket lscpu lists; 0 where it does not.
 std::size_t coresOfLscpu() {
+  const auto output = run("lscpu -p=CORE,SOCKET");
   std::set<std::string> cores;
-  std::istringstream lines(run("lscpu -p=CORE,SOCKET").text);
+  std::istringstream lines(output.status == 0 ? output.text : "");
   for (std::string line; std::getline(lines, line);)
     if (!line.starts_with('#')) cores.insert(line);
   return cores.size();
