@@ -90,10 +90,12 @@ struct Machine {
   std::uint64_t operatingSystem = 5, physicalMemory = 0;
 
   /// That are loaded.
-  std::set<std::string> classes = {"NSHost", "NSProcessInfo", "NSValue", "NSWorkspace"};
+  std::set<std::string> classes = {"NSHost", "NSProcessInfo", "NSRegularExpression", "NSValue",
+                                   "NSWorkspace"};
   std::string raisesAt;                 ///< a selector that raises an exception
   std::vector<std::string> notedPaths;  ///< that the desktop was told of
   std::vector<Post> posts;
+  std::optional<PropertyList> launchedApplications;  ///< nothing: no answer
 
   int queueError = 0;                ///< of kqueue
   int changeError = 0;               ///< of kevent, when it is given changes

@@ -39,11 +39,6 @@ struct Exception {};
 using Pool = std::vector<Object*>;
 thread_local std::vector<std::unique_ptr<Pool>> pools;
 
-void autorelease(Object* object) {
-  if (pools.empty()) std::abort();  // nobody would ever release it
-  if (object) pools.back()->push_back(object);
-}
-
 std::string textOf(const void* string) {
   return *fakes::utf8Of(dynamic_cast<const __CFString&>(*fakes::objectOf(string)).text);
 }
@@ -60,10 +55,17 @@ void post(const void* name, const void* object, const void* information) {
   machine.posts.push_back(std::move(post));
 }
 
+const void* launchedApplications() {
+  if (!machine.launchedApplications) return nullptr;
+  auto* const list = fakes::objectFrom(*machine.launchedApplications);
+  fakes::autorelease(list);
+  return list;
+}
+
 id valueWithPointer(const void* pointer) {
   auto* const holder = fakes::createdBy<PointerHolder>("valueWithPointer:");
   if (holder) holder->pointer = pointer;
-  autorelease(holder);
+  fakes::autorelease(holder);
   return idOf(holder);
 }
 
@@ -89,6 +91,15 @@ std::optional<id> answerOfMachine(const Object* receiver, const std::string& sel
 
 }  // namespace
 
+namespace fakes {
+
+void autorelease(Object* object) {
+  if (pools.empty()) std::abort();  // nobody would ever release it
+  if (object) pools.back()->push_back(object);
+}
+
+}  // namespace fakes
+
 extern "C" {
 
 id NSUserName(void) {
@@ -101,6 +112,8 @@ id NSFullUserName(void) {
 Class objc_getClass(const char* name) {
   for (auto* const known : {&host, &process, &value, &workspace})
     if (known->name == name && machine.classes.contains(name)) return known;
+  if (name == std::string("NSRegularExpression") && machine.classes.contains(name))
+    return reinterpret_cast<Class>(const_cast<Object*>(fakes::patternClass()));
   return nullptr;
 }
 
@@ -122,27 +135,32 @@ void objc_autoreleasePoolPop(void* pool) {
   --fakes::counts.pools;
 }
 
-id objc_msgSend(id self, SEL operation, const void* first, const void* second, const void* third) {
-  if (!self) return nullptr;
+fakes::Answer objc_msgSend(id self, SEL operation, const void* first, const void* second,
+                           const void* third, const void* fourth) {
+  if (!self) return {};
   const std::string selector = reinterpret_cast<const char*>(operation);
   if (selector == machine.raisesAt) throw Exception();
   const Object* const receiver = fakes::objectOf(self);
-  if (receiver == &value && selector == "valueWithPointer:") return valueWithPointer(first);
-  if (receiver == &workspace && selector == "sharedWorkspace") return idOf(&sharedWorkspace);
-  if (receiver == &sharedWorkspace && selector == "notificationCenter") return idOf(&centre);
+  if (receiver == &value && selector == "valueWithPointer:") return {valueWithPointer(first)};
+  if (receiver == &workspace && selector == "sharedWorkspace") return {&sharedWorkspace};
+  if (receiver == &sharedWorkspace && selector == "notificationCenter") return {&centre};
+  if (receiver == &sharedWorkspace && selector == "launchedApplications")
+    return {launchedApplications()};
   if (receiver == &sharedWorkspace && selector == "noteFileSystemChanged:") {
     if (pools.empty()) std::abort();
     machine.notedPaths.push_back(textOf(first));
-    return nullptr;
+    return {};
   }
   if (receiver == &centre && selector == "postNotificationName:object:userInfo:") {
     post(first, second, third);
-    return nullptr;
+    return {};
   }
-  if (const auto answer = answerOfMachine(receiver, selector)) return *answer;
+  if (const auto answer = answerOfMachine(receiver, selector)) return {*answer};
   const auto* const number = dynamic_cast<const __CFNumber*>(receiver);
   if (number && selector == "unsignedLongLongValue")
-    return reinterpret_cast<id>(std::get<std::uint64_t>(number->number));
+    return {reinterpret_cast<const void*>(std::get<std::uint64_t>(number->number))};
+  if (const auto answer = fakes::patternsAnswer(receiver, selector, first, second, third, fourth))
+    return *answer;
   throw Exception();  // an unrecognized selector
 }
 

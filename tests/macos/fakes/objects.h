@@ -50,6 +50,22 @@ Made* createdBy(const char* function) {
 std::optional<std::string> utf8Of(const std::u16string& text);
 std::optional<std::u16string> utf16Of(const std::string& bytes);
 
+/// Has the thread's innermost pool let go of the object.
+void autorelease(Object* object);
+
+/// What a message gives, in the two registers that a record of two words comes in.
+struct Answer {
+  const void* first = nullptr;
+  unsigned long second = 0;
+};
+
+/// What a regular expression's class, one, or a match of one answers; nothing where the receiver is
+/// none of these.
+std::optional<Answer> patternsAnswer(const Object* receiver, const std::string& selector,
+                                     const void* first, const void* second, const void* third,
+                                     const void* fourth);
+const Object* patternClass();
+
 /// An object, with all within it, that the caller owns a reference to.
 Object* objectFrom(const PropertyList& list);
 

@@ -129,8 +129,13 @@ Boolean CFNumberGetValue(CFNumberRef value, CFNumberType type, void* result) {
     std::memcpy(result, &real, sizeof real);
     return true;
   }
-  if (type != kCFNumberSInt64Type) std::abort();
   const auto* const integer = std::get_if<std::int64_t>(&value->number);
+  if (type == kCFNumberSInt32Type) {
+    const auto narrow = static_cast<std::int32_t>(*integer);
+    std::memcpy(result, &narrow, sizeof narrow);
+    return narrow == *integer;
+  }
+  if (type != kCFNumberSInt64Type) std::abort();
   const void* const bits =
       integer ? static_cast<const void*>(integer) : &std::get<std::uint64_t>(value->number);
   std::memcpy(result, bits, sizeof(std::int64_t));
@@ -172,6 +177,13 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void
     result->entries.emplace_back(retained(fakes::objectOf(keys[i])),
                                  retained(fakes::objectOf(values[i])));
   return result;
+}
+
+const void* CFDictionaryGetValue(CFDictionaryRef value, const void* wanted) {
+  const auto& text = dynamic_cast<const __CFString&>(*fakes::objectOf(wanted)).text;
+  for (const auto& [key, held] : value->entries)
+    if (dynamic_cast<const __CFString&>(*key).text == text) return held;
+  return nullptr;
 }
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef value) {

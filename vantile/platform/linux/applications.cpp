@@ -1,46 +1,17 @@
 #include "vantile/platform/applications.h"
 
-#include "vantile/platform/linux/glib_text.h"
+#include <glib.h>
+
+#include "vantile/platform/linux/desktop_entry.h"
 #include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
 
-struct FreeKeyFile {
-  void operator()(GKeyFile* file) const { g_key_file_free(file); }
-};
-using KeyFile = std::unique_ptr<GKeyFile, FreeKeyFile>;
-
-constexpr std::size_t longestEntry = 1u << 20;
-
-/// The groups of a desktop entry, or null where the text is none.
-KeyFile keyFileOf(const std::string& text) {
-  KeyFile file(g_key_file_new());
-  if (!g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr))
-    return {};
-  return file;
-}
-
 /// Whether the text is a desktop entry that menus show.
 bool isShownApplication(const std::string& text) {
-  const auto entry = keyFileOf(text);
-  if (!entry) return false;
-  const auto flag = [&entry](const char* key) {
-    return g_key_file_get_boolean(entry.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
-  };
-  const GlibText type(g_key_file_get_string(entry.get(), G_KEY_FILE_DESKTOP_GROUP,
-                                            G_KEY_FILE_DESKTOP_KEY_TYPE, nullptr));
-  return type && std::string_view(type.get()) == G_KEY_FILE_DESKTOP_TYPE_APPLICATION &&
-         !flag(G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY) && !flag(G_KEY_FILE_DESKTOP_KEY_HIDDEN);
-}
-
-/// The name that a desktop entry gives itself in the user's language, or nothing.
-std::optional<std::string> localizedName(const std::string& text) {
-  const auto entry = keyFileOf(text);
-  if (!entry) return std::nullopt;
-  const GlibText name(g_key_file_get_locale_string(entry.get(), G_KEY_FILE_DESKTOP_GROUP,
-                                                   G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
-  return name && *name.get() ? std::optional<std::string>(name.get()) : std::nullopt;
+  const auto entry = desktopEntryOf(text);
+  return entry && entry->isShown;
 }
 
 std::string_view lastComponent(std::string_view path) {
@@ -81,8 +52,9 @@ class LinuxApplications final : public Applications {
     if (path.empty()) return std::nullopt;
     const auto name = lastComponent(path);
     if (hasExtension(name, ".desktop")) {
-      const auto text = contentsOf(path, longestEntry);
-      if (const auto shown = text ? localizedName(*text) : std::nullopt) return *shown + ".desktop";
+      const auto text = contentsOf(path, longestDesktopEntry);
+      if (const auto shown = text ? localizedNameOf(*text) : std::nullopt)
+        return *shown + ".desktop";
     }
     return std::string(name);
   }

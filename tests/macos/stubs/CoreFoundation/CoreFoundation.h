@@ -76,7 +76,7 @@ Boolean CFCharacterSetIsLongCharacterMember(CFCharacterSetRef set, UInt32 charac
 // Values of property lists.
 
 typedef CFIndex CFNumberType;
-enum { kCFNumberSInt64Type = 4, kCFNumberFloat64Type = 6 };
+enum { kCFNumberSInt32Type = 3, kCFNumberSInt64Type = 4, kCFNumberFloat64Type = 6 };
 
 CFTypeID CFNumberGetTypeID(void);
 Boolean CFNumberIsFloatType(CFNumberRef number);
@@ -120,6 +120,7 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void** keys, 
                                    CFIndex count, const CFDictionaryKeyCallBacks* keyCallBacks,
                                    const CFDictionaryValueCallBacks* valueCallBacks);
 CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary);
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys,
                                   const void** values);
 
