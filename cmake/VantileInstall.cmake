@@ -26,6 +26,9 @@ set(public_headers
     memory/memory.h
     memory/memory_keys.h
     platform/smc_record.h
+    platform/text_patterns.h
+    process/process_info.h
+    process/process_stats.h
     sensors/cpu.h
     sensors/smc.h
     sysinfo/system_info.h

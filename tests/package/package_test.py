@@ -21,15 +21,15 @@ applicationcallback appcallback folder_app_callback SMCOpen SMCClose SMCCall SMC
 SMCGetTemperature _strtoul _ultostr'''.split())
 
 # What hosts use, and what the one library uses of the other: no more of the C++ names is seen.
-PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDMemory KVDSystemInfo NotificationCenter Queue RunLoop
-Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
+PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
+Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent doubleValue intValue isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
 makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostResourceFolder setLogSink startWithString
-systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
+systemTextPatterns systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
 SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks systemFileSystem
 systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders
 systemSwapAreas systemVersion systemEntries systemFacts systemTextPieces systemBrowsers
 systemFileEvents systemHostResources systemPropertyLists systemTextFolding systemThreads systemWorkspace
-systemProcessors systemSmcService'''.split())
+systemProcessors systemSmcService systemLaunchedApplications systemProcessLister'''.split())
 
 
 def run(*command, **options):

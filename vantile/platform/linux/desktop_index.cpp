@@ -12,6 +12,7 @@
 #include "vantile/platform/linux/desktop_entry.h"
 #include "vantile/platform/linux/statx.h"
 #include "vantile/platform/parsers/launch_evidence.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
