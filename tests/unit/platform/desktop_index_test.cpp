@@ -203,7 +203,7 @@ TEST_F(DesktopIndexTest, AnEntryThatIsWrittenInPlaceIsSeenInItsTurn) {
   int refreshes = 0;
   while (called("9") != "Afterwards" && ++refreshes < 10) {
   }
-  EXPECT_LE(refreshes, 3);
+  EXPECT_LE(refreshes, 5);
 }
 
 TEST_F(DesktopIndexTest, AnEntryElsewhereIsReadWhenItIsAskedFor) {

@@ -74,11 +74,14 @@ struct LinuxLaunched : ::testing::Test {
   }
 
   TemporaryFolder folder;
+  RecentStats recent;
   LinuxLaunchedApplications applications{
-      LinuxRoots{folder.path("proc")}, folder.path("home"), [this](const char* name) {
+      LinuxRoots{folder.path("proc")}, folder.path("home"),
+      [this](const char* name) {
         const bool isData = name == "XDG_DATA_HOME"s || name == "XDG_DATA_DIRS"s;
         return isData ? std::optional(folder.path("data")) : std::nullopt;
-      }};
+      },
+      recent};
 };
 
 TEST_F(LinuxLaunched, WithoutProcThereIsNoAnswer) {
@@ -220,13 +223,13 @@ TEST_F(LinuxLaunched, AnOldProcessThatBecomesAnotherProgramIsSeenInTime) {
   EXPECT_EQ(namesInTime(), (Found{{41, "The mail"}}));
 }
 
-TEST_F(LinuxLaunched, AnotherProgramIsSeenByItsNameToo) {
+TEST_F(LinuxLaunched, AnApplicationThatBecomesAnotherOneIsSeenByItsNameToo) {
   process(41, {.code = 0});  // who may not know sees 0
-  runs(41, "/bin/sh");
-  EXPECT_EQ(namesInTime(), Found{});
-  process(41, {.name = "mail", .code = 0});
   runs(41, program("mail"));
   EXPECT_EQ(namesInTime(), (Found{{41, "The mail"}}));
+  process(41, {.name = "chess", .code = 0});
+  runs(41, program("chess"));
+  EXPECT_EQ(names(), (Found{{41, "The chess"}}));
 }
 
 TEST_F(LinuxLaunched, AnApplicationThatBecomesAnotherOneIsSeenAtOnce) {
@@ -278,6 +281,18 @@ TEST_F(LinuxLaunched, AnEntryThatIsInstalledWhileItRunsIsSeen) {
   EXPECT_EQ(names(), (Found{{41, "The late"}}));
   folder.remove("data/applications/late.desktop");
   EXPECT_EQ(names(), Found{});
+}
+
+TEST_F(LinuxLaunched, WhatIsReadOfApplicationsIsLeftForTheirFigures) {
+  process(41);
+  runs(41, program("mail"));
+  process(42);
+  (void)namesInTime();
+  const auto reading = recent.take(41, sinceBoot());
+  ASSERT_TRUE(reading);
+  EXPECT_EQ(reading->stat.startTicks, 100u);
+  EXPECT_TRUE(reading->stat.name.empty());
+  EXPECT_FALSE(recent.take(42, sinceBoot()));
 }
 
 TEST_F(LinuxLaunched, AreSharedByTheProcess) {

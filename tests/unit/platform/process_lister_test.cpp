@@ -35,7 +35,8 @@ struct LinuxLister : ::testing::Test {
   const std::uint64_t perSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
   TemporaryFolder folder;
   std::uint64_t now = 100 * second;
-  LinuxProcessLister lister{LinuxRoots{folder.path("proc")}, [this] { return now; }};
+  RecentStats recent;
+  LinuxProcessLister lister{LinuxRoots{folder.path("proc")}, [this] { return now; }, recent};
 };
 
 TEST_F(LinuxLister, PrintsALineOfSixColumnsForEachProcess) {
@@ -133,6 +134,14 @@ TEST_F(LinuxLister, MemoryIsAShareOfTheMachines) {
   EXPECT_EQ(lines("41"), "     41   0.0 25.0      100       2000 S\n");
 }
 
+TEST_F(LinuxLister, MemoryThatIsAddedIsCountedInTime) {
+  process(41, 0);
+  (void)lines("41");
+  folder.file("proc/meminfo", "MemTotal: 400 kB\n");
+  for (int run = 0; run < 16; ++run) (void)lines("41");
+  EXPECT_EQ(lines("41"), "     41   0.0 25.0      100       2000 S\n");
+}
+
 TEST_F(LinuxLister, WithoutTheMachinesMemoryItsShareIsNothing) {
   folder.remove("proc/meminfo");
   process(41, 0);
@@ -159,6 +168,35 @@ TEST_F(LinuxLister, ItsLinesAreWhatTheMonitorReads) {
     found.push_back(std::string(*groups.at(1)) + " " + std::string(*groups.at(2)));
   });
   EXPECT_EQ(found, (std::vector<std::string>{"41 0.0", "7 1.0"}));
+}
+
+/// What another look read of the process 41.
+RecentStats::Reading reading(std::uint64_t ticks, std::uint64_t nanoseconds) {
+  PidStat stat;
+  stat.pid = 41;
+  stat.state = 'R';
+  stat.threads = 1;
+  stat.userTicks = ticks;
+  return {stat, nanoseconds};
+}
+
+TEST_F(LinuxLister, TakesWhatWasReadAMomentAgoOnceAndAsOfThen) {
+  process(41, 0);
+  recent.put(reading(10 * perSecond, now - 10'000'000));
+  EXPECT_TRUE(lines("41").ends_with(" R\n"));
+  EXPECT_TRUE(lines("41").ends_with(" S\n"));
+  now += 2 * second;
+  recent.put(reading(11 * perSecond, now - 10'000'000));
+  EXPECT_EQ(lines("41").substr(8, 5), " 50.0");
+}
+
+TEST_F(LinuxLister, DoesNotTakeWhatWasReadLongerAgo) {
+  process(41, 0);
+  recent.put(reading(0, now - 50'000'001));
+  EXPECT_TRUE(lines("41").ends_with(" S\n"));
+  recent.put(reading(0, now));
+  recent.begin();
+  EXPECT_TRUE(lines("41").ends_with(" S\n"));
 }
 
 TEST_F(LinuxLister, IsSharedByTheProcess) {

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view ending = ".desktop";
 constexpr int deepest = 8;  // folders that lead in a circle end somewhere
-constexpr std::size_t filesLookedAt = 4;
+constexpr std::size_t filesLookedAt = 2;
 constexpr std::size_t mostEntries = 10000;  // any process may claim to be of any file
 
 struct CloseFolder {

@@ -67,8 +67,10 @@ std::optional<std::string> environmentVariable(const char* name) {
 }  // namespace
 
 LinuxLaunchedApplications::LinuxLaunchedApplications(const LinuxRoots& roots, std::string home,
-                                                     DesktopIndex::Environment environment)
+                                                     DesktopIndex::Environment environment,
+                                                     RecentStats& recent)
     : proc_(roots.proc),
+      recent_(recent),
       index_(std::move(home), std::move(environment)),
       buffer_(longestEnvironment) {}
 
@@ -76,7 +78,11 @@ std::optional<std::vector<LaunchedApplication>> LinuxLaunchedApplications::list(
   const std::lock_guard lock(mutex_);
   if (index_.refresh())
     for (auto& [pid, known] : known_) resolve(pid, known);
-  if (!takeListing()) return std::nullopt;
+  // Open until the end: what it lists is opened by way of it.
+  const std::unique_ptr<DIR, CloseFolder> listing(::opendir(proc_.c_str()));
+  if (!listing) return std::nullopt;
+  folder_ = ::dirfd(listing.get());
+  takeListing(listing.get());
   renewParents();
 
   const auto processes = candidates();
@@ -91,17 +97,15 @@ std::optional<std::vector<LaunchedApplication>> LinuxLaunchedApplications::list(
   return applications;
 }
 
-bool LinuxLaunchedApplications::takeListing() {
-  const std::unique_ptr<DIR, CloseFolder> listing(::opendir(proc_.c_str()));
-  if (!listing) return false;
+void LinuxLaunchedApplications::takeListing(DIR* listing) {
   ++looks_;
-  while (const dirent* const entry = ::readdir(listing.get())) {
+  recent_.begin();
+  while (const dirent* const entry = ::readdir(listing)) {
     const char* const name = entry->d_name;
     if (name[0] < '1' || name[0] > '9') continue;
     if (const auto pid = pidIn(name)) see(*pid, name, entry->d_ino);
   }
   std::erase_if(known_, [this](const auto& each) { return each.second.listed != looks_; });
-  return true;
 }
 
 void LinuxLaunchedApplications::see(std::int32_t pid, const char* name, std::uint64_t inode) {
@@ -111,10 +115,12 @@ void LinuxLaunchedApplications::see(std::int32_t pid, const char* name, std::uin
   if (isNew || known.looks < firstLooks) {
     known.inode = inode;
     lookAt(pid, name, known);
-  } else if (known.inode != inode || known.isLeader ||
-             static_cast<std::uint64_t>(pid) % turns == looks_ % turns) {
+  } else if (known.inode != inode || known.isLeader) {
     known.inode = inode;
     check(pid, name, known);
+  } else if (static_cast<std::uint64_t>(pid) % turns == looks_ % turns &&
+             linkIn(folder_, (std::string(name) + "/exe").c_str()) != known.executable) {
+    lookAt(pid, name, known);
   }
 }
 
@@ -123,8 +129,7 @@ void LinuxLaunchedApplications::lookAt(std::int32_t pid, const char* name, Known
   Known now;
   now.inode = known.inode;
   now.listed = known.listed;
-  const Descriptor proc = openProcessFolder(AT_FDCWD, proc_.c_str());
-  const Descriptor folder = openProcessFolder(proc.get(), name);
+  const Descriptor folder = openProcessFolder(folder_, name);
   struct stat owner = {};
   const bool isOwn = folder && ::fstat(folder.get(), &owner) == 0 && owner.st_uid == ::geteuid();
   const auto text =
@@ -153,14 +158,16 @@ void LinuxLaunchedApplications::readEvidence(int folder, Known& known) {
 
 /// Looks whether the process is what it was, and at it as a whole where it is not.
 void LinuxLaunchedApplications::check(std::int32_t pid, const char* name, Known& known) {
-  const auto path = proc_ + "/" + name + "/stat";
-  const auto text = readOnce(AT_FDCWD, path.c_str(), {buffer_.data(), allOfPidStat});
+  const auto path = std::string(name) + "/stat";
+  const auto now = sinceBoot();
+  const auto text = readOnce(folder_, path.c_str(), {buffer_.data(), allOfPidStat});
   const auto stat = text ? parsePidStat(*text) : std::nullopt;
   if (!known.isMine || !stat || hasEnded(*stat) || stat->startTicks != known.startTicks ||
       stat->name != known.image.name || stat->codeStart != known.image.codeStart ||
       stat->stackStart != known.image.stackStart)
     return lookAt(pid, name, known);
   known.parent = stat->parent;
+  if (known.isLeader) recent_.put({*stat, now});
 }
 
 /// A process whose parent ended has another one.
@@ -210,7 +217,7 @@ std::vector<LaunchedProcess> LinuxLaunchedApplications::candidates() const {
 std::shared_ptr<LaunchedApplications> systemLaunchedApplications() {
   static auto& applications =
       *new std::shared_ptr<LaunchedApplications>(std::make_shared<LinuxLaunchedApplications>(
-          LinuxRoots(), homeOfAccount(), environmentVariable));
+          LinuxRoots(), homeOfAccount(), environmentVariable, RecentStats::shared()));
   return applications;
 }
 

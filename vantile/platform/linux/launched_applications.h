@@ -1,5 +1,7 @@
 #pragma once
 
+#include <dirent.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -11,6 +13,7 @@
 
 #include "vantile/platform/launched_applications.h"
 #include "vantile/platform/linux/desktop_index.h"
+#include "vantile/platform/linux/recent_stats.h"
 #include "vantile/platform/linux/roots.h"
 #include "vantile/platform/parsers/launch_evidence.h"
 #include "vantile/platform/parsers/launched_processes.h"
@@ -26,12 +29,14 @@ namespace vantile {
 /// under the same start is found so:
 /// - at its first looks it is looked at anew each time: it is forked before it becomes another
 ///   program, and begun before the session moves it into a unit;
-/// - a leader of an application is checked at each look, all others in turn, by its "stat": another
-///   start, another program in memory, or that it ended and was not waited for.
+/// - a leader of an application is checked at each look by its "stat": another start, another
+///   program in memory, or that it ended and was not waited for;
+/// - all others have their turn at every sixteenth look, by the link to their executable.
 class LinuxLaunchedApplications final : public LaunchedApplications {
  public:
+  /// Leaves the readings of applications' processes in `recent`.
   LinuxLaunchedApplications(const LinuxRoots& roots, std::string home,
-                            DesktopIndex::Environment environment);
+                            DesktopIndex::Environment environment, RecentStats& recent);
 
   std::optional<std::vector<LaunchedApplication>> list() override;
 
@@ -60,7 +65,7 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
   };
   using Table = std::map<std::int32_t, Known>;
 
-  bool takeListing();
+  void takeListing(DIR* listing);
   void see(std::int32_t pid, const char* name, std::uint64_t inode);
   void lookAt(std::int32_t pid, const char* name, Known& known);
   void readEvidence(int folder, Known& known);
@@ -70,9 +75,11 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
   std::vector<LaunchedProcess> candidates() const;
 
   const std::string proc_;
+  RecentStats& recent_;
   std::mutex mutex_;  // over all below
   DesktopIndex index_;
   Table known_;
+  int folder_ = -1;  ///< /proc, while a look is taken
   std::uint64_t looks_ = 0;
   std::vector<char> buffer_;
 };

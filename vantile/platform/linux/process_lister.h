@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "vantile/platform/linux/kept_file.h"
+#include "vantile/platform/linux/recent_stats.h"
 #include "vantile/platform/linux/roots.h"
 #include "vantile/platform/parsers/process_lines.h"
 #include "vantile/platform/process_lister.h"
@@ -19,8 +20,8 @@ class LinuxProcessLister final : public ProcessLister {
   /// Gives the nanoseconds since boot, those asleep with them.
   using Clock = std::function<std::uint64_t()>;
 
-  explicit LinuxProcessLister(const LinuxRoots& roots = {});
-  LinuxProcessLister(const LinuxRoots& roots, Clock clock);
+  /// Takes readings that somebody else just made from `recent`.
+  LinuxProcessLister(const LinuxRoots& roots, Clock clock, RecentStats& recent);
 
   std::optional<ProcessListing> run(const std::string& pids, const std::string& columns) override;
 
@@ -32,14 +33,17 @@ class LinuxProcessLister final : public ProcessLister {
     std::uint64_t run = 0;  ///< that saw it last
   };
 
-  Tenths shareOf(const PidStat& stat, const ProcessUnits& units);
+  std::optional<RecentStats::Reading> read(int proc, std::int32_t pid);
+  Tenths shareOf(const RecentStats::Reading& reading, const ProcessUnits& units);
   ProcessUnits units();
   void forget(std::size_t asked);
 
   const std::string proc_;
   const Clock clock_;
+  RecentStats& recent_;
   std::mutex mutex_;  // over all below
   KeptFile meminfo_;
+  std::uint64_t memoryBytes_ = 0;
   std::unordered_map<std::int32_t, Seen> seen_;
   std::uint64_t runs_ = 0;
 };
