@@ -15,6 +15,8 @@ COMPARISONS = [
     ("cpu tick", "bare cpu reads", 1.6),
     ("cpu usage", "libgtop cpu", 1.0),
     ("cpu usage", "libstatgrab cpu", 1.0),
+    ("process tick", "bare reads of processes", 3.0),
+    ("process tick", "one run of ps", 1 / 10),
     ("trv_all_app", "find -type d", 1.0),
     ("trv_all_app", "find", 1.0),
     ("trv_all_app", "fts, names", None),
