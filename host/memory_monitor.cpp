@@ -36,10 +36,7 @@ std::unique_ptr<RunningMonitor> startMemory(const Sampling& sampling, ReportSink
               "updateMemoryStatusWithVMStatusWithSwapDict",
               {argument(&memory), argument(&vm), argument(swap)}});
       };
-  monitor->setDelegate(std::move(delegate));
-  monitor->setFreshInterval(sampling.interval);
-  if (sampling.atOnce) monitor->updateInfo();
-  return std::make_unique<Delegating<KVDMemory>>(std::move(monitor));
+  return startSampled(std::move(monitor), std::move(delegate), sampling);
 }
 
 PaneGroup memoryPanes() {

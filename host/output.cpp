@@ -1,5 +1,6 @@
 #include "output.h"
 
+#include <fcntl.h>
 #include <langinfo.h>
 #include <poll.h>
 #include <unistd.h>
@@ -9,16 +10,47 @@
 #include <climits>
 #include <clocale>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "text.h"
 
 namespace vantile::host {
 
+namespace {
+
+int output = STDOUT_FILENO;
+
+}  // namespace
+
+int outputFd() {
+  return output;
+}
+
+OwnOutput::OwnOutput() {
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const bool moved = nowhere >= 0 && own >= 0 && dup2(nowhere, STDOUT_FILENO) == STDOUT_FILENO;
+  if (nowhere >= 0) close(nowhere);
+  if (moved) {
+    output = own;
+  } else if (own >= 0) {
+    close(own);
+  }
+}
+
+OwnOutput::~OwnOutput() {
+  if (output == STDOUT_FILENO) return;
+  std::fflush(stdout);  // what the library printed and still waits
+  dup2(output, STDOUT_FILENO);
+  close(std::exchange(output, STDOUT_FILENO));
+}
+
 Written writeOut(std::string_view text, int interruptFd) {
   while (!text.empty()) {
-    pollfd polled[] = {{STDOUT_FILENO, POLLOUT, 0}, {interruptFd, POLLIN, 0}};
+    pollfd polled[] = {{output, POLLOUT, 0}, {interruptFd, POLLIN, 0}};
     if (poll(polled, 2, -1) < 0) {
       if (errno == EINTR) continue;
       return Written::Failed;
@@ -26,7 +58,7 @@ Written writeOut(std::string_view text, int interruptFd) {
     if (polled[1].revents != 0) return Written::Interrupted;
     // A pipe that polls writable takes PIPE_BUF bytes without blocking.
     const auto chunk = std::min<std::size_t>(text.size(), PIPE_BUF);
-    const auto written = write(STDOUT_FILENO, text.data(), chunk);
+    const auto written = write(output, text.data(), chunk);
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno == EPIPE) {

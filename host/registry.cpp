@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "cpu_monitor.h"
 #include "memory_monitor.h"
+#include "process_monitor.h"
 #include "watchers.h"
 
 namespace vantile::host {
@@ -21,17 +23,21 @@ std::vector<std::string> namesOf(bool watchers) {
 
 const std::vector<MonitorEntry>& monitors() {
   static const std::vector<MonitorEntry> all{
-      {"memory", true, startMemory},
-      {"downloads", false, startDownloads},
-      {"applications", false, startApplications},
-      {"trash", false, startTrash},
+      {"memory", "updateMemoryStatusWithVMStatusWithSwapDict", startMemory},
+      {"cpu", "cpuUsedWithSystemWithUserWithIdle", startCpu},
+      {"process", "updateProcessStaus", startProcess},
+      {"downloads", "", startDownloads},
+      {"applications", "", startApplications},
+      {"trash", "", startTrash},
   };
   return all;
 }
 
 const std::vector<DashboardPart>& dashboardParts() {
   static const std::vector<DashboardPart> all{
+      {{"cpu"}, cpuPanes},
       {{"memory"}, memoryPanes},
+      {{"process"}, processPanes},
       {{"downloads", "applications", "trash"}, eventPanes},
   };
   return all;

@@ -34,7 +34,7 @@ using StartWatching = std::function<std::unique_ptr<RunningMonitor>(ReportSink)>
 /// system to tell of a change.
 struct MonitorEntry {
   std::string_view name;
-  bool ticks;  ///< reports once an interval, rather than when something changes
+  std::string_view sample;  ///< the operation that comes once a sample; empty: it tells of changes
   std::variant<StartSampling, StartWatching> start;
 
   bool isWatcher() const { return std::holds_alternative<StartWatching>(start); }

@@ -31,6 +31,17 @@ struct Report {
     if (place >= arguments.size() || !arguments[place]) return nullptr;
     return arguments[place]->as<std::string>();
   }
+  /// The array at that place; null where there is none.
+  const Array* array(std::size_t place) const {
+    if (place >= arguments.size() || !arguments[place]) return nullptr;
+    const auto* held = arguments[place]->as<std::shared_ptr<Array>>();
+    return held ? held->get() : nullptr;
+  }
+  /// The number at that place, whatever its kind.
+  std::optional<double> real(std::size_t place) const {
+    if (place >= arguments.size() || !arguments[place]) return std::nullopt;
+    return arguments[place]->number();
+  }
   /// The whole number at that place.
   std::optional<std::uint64_t> number(std::size_t place) const {
     if (place >= arguments.size() || !arguments[place]) return std::nullopt;

@@ -21,4 +21,15 @@ class Delegating final : public RunningMonitor {
   std::shared_ptr<Monitor> monitor_;
 };
 
+/// Gives the monitor its delegate and its interval, and takes the sample that is wanted at once.
+template <class Monitor, class Delegate>
+std::unique_ptr<RunningMonitor> startSampled(std::shared_ptr<Monitor> monitor,
+                                             std::shared_ptr<Delegate> delegate,
+                                             const Sampling& sampling) {
+  monitor->setDelegate(std::move(delegate));
+  monitor->setFreshInterval(sampling.interval);
+  if (sampling.atOnce) monitor->updateInfo();
+  return std::make_unique<Delegating<Monitor>>(std::move(monitor));
+}
+
 }  // namespace vantile::host

@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -30,7 +29,7 @@ class Stream {
   /// One monitor's part of the stream.
   struct Source {
     const MonitorEntry& entry;
-    std::uint64_t reports = 0;
+    std::uint64_t samples = 0;  // or changes
     std::unique_ptr<RunningMonitor> running = nullptr;
   };
 
@@ -50,8 +49,11 @@ int Stream::run() {
   loop_.onSignal([this](int number) { loop_.end(128 + number); });
   // Without events to wait for, poll still tells when the reader goes away, long before the next
   // write might.
-  loop_.watch(STDOUT_FILENO, 0, [this](short found) {
+  loop_.watch(outputFd(), 0, [this](short found) {
     if (found & (POLLERR | POLLHUP)) loop_.end(0);
+  });
+  loop_.afterEach([this] {
+    if (isDone()) loop_.end(0);
   });
   if (!start()) return 1;
   return loop_.run();
@@ -87,23 +89,26 @@ void Stream::print(Source& source, const Report& report) {
       complainOfOutput();
       return loop_.end(1);
   }
-  ++source.reports;
+  if (source.entry.sample.empty() || report.operation == source.entry.sample) ++source.samples;
   ++reports_;
-  if (options_.count > 0 && isDone()) loop_.end(0);
+  if (options_.command == Command::Watch && reports_ == options_.count) loop_.end(0);
 }
 
+/// Whether every monitor has had its samples. Asked once a round, so that the last sample is told
+/// to its end.
 bool Stream::isDone() const {
-  if (options_.command == Command::Watch) return reports_ >= options_.count;
+  if (options_.command == Command::Watch || options_.count == 0) return false;
   return std::ranges::all_of(sources_, [this](const Source& each) { return isDone(each); });
 }
 
 bool Stream::isDone(const Source& source) const {
-  return source.reports >= (source.entry.ticks ? options_.count : 1);
+  return source.samples >= (source.entry.sample.empty() ? 1 : options_.count);
 }
 
 }  // namespace
 
 int runStream(const Options& options) {
+  const OwnOutput output;
   return Stream(options).run();
 }
 

@@ -161,6 +161,12 @@ void Dashboard::handleKey(KeyPress key) {
     case KeyPress::PreviousPage:
       page_ = (page_ + pages_ - 1) % pages_;
       break;
+    case KeyPress::Sort:
+      for (const auto& pane : panes_) pane->sort(Sorting::Next);
+      break;
+    case KeyPress::ReverseSort:
+      for (const auto& pane : panes_) pane->sort(Sorting::Reverse);
+      break;
     case KeyPress::Redraw:
       terminal_->resize();
       break;
@@ -186,6 +192,7 @@ void Dashboard::redraw() {
 }  // namespace
 
 int runDashboard(const Options& options) {
+  const OwnOutput output;
   return Dashboard(options).run();
 }
 

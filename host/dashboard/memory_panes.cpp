@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "dashboard/bar.h"
+#include "dashboard/drawing.h"
 #include "text.h"
 
 namespace vantile::host {
@@ -32,20 +33,6 @@ void drawMeter(Region row, std::string_view name, Colour colour, std::uint64_t b
   const int end = row.width();
   row.textEndingAt(withPercent ? end - percentWidth : end, 0, formatBytes(bytes), plain);
   if (withPercent) row.textEndingAt(end, 0, formatPercent(share), faint);
-}
-
-/// A dotted line behind a graph.
-void drawGuide(Region region, int y) {
-  for (int x = region.width() - 1; x >= 0; x -= 4) region.put(x, y, U'·', {Colour::DarkGrey});
-}
-
-void drawWaiting(Region region) {
-  region.text(0, 0, "waiting for the first sample", faint);
-}
-
-/// The time that the columns of a graph cover.
-std::string spanText(int width, std::int32_t interval) {
-  return formatSpan(graphSpan(width) * static_cast<std::uint64_t>(interval));
 }
 
 std::string rateText(const History& perSecond) {
@@ -113,23 +100,7 @@ std::string MemoryHistoryPane::note() const {
 
 void MemoryHistoryPane::draw(Region region, std::int32_t interval) const {
   if (!figures().known()) return drawWaiting(region);
-  constexpr int axis = 6;
-  const bool withTime = region.height() >= 4;
-  const int height = region.height() - (withTime ? 1 : 0);
-  const auto graph = region.part({axis, 0, region.width() - axis, height});
-  const auto mark = [&](int y, const char* what) {
-    region.textEndingAt(axis - 1, y, what, faint);
-    drawGuide(graph, y);
-  };
-  mark(0, "100 %");
-  if (height >= 9) mark((height - 1) / 4, "75 %");
-  if (height >= 5) mark((height - 1) / 2, "50 %");
-  if (height >= 9) mark((height - 1) * 3 / 4, "25 %");
-  if (height >= 2) mark(height - 1, "0 %");
-  drawHistory(graph, figures().usedShare, {1, Colour::Green, Colour::Yellow, Colour::Red});
-  if (!withTime) return;
-  region.text(axis, height, spanText(graph.width(), interval) + " ago", faint);
-  region.textEndingAt(region.width(), height, "now", faint);
+  drawShareHistory(region, figures().usedShare, interval);
 }
 
 std::string PagingPane::note() const {

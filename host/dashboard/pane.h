@@ -18,6 +18,8 @@ struct PaneRows {
   bool grows;  ///< makes use of more than it wants
 };
 
+enum class Sorting { Next, Reverse };
+
 /// A part of the dashboard with a frame and a title. It draws what its monitor last told.
 class Pane {
  public:
@@ -29,6 +31,9 @@ class Pane {
   /// Draws into a region that may also be smaller than the minimum. `interval` is that of the
   /// samples, in seconds.
   virtual void draw(Region region, std::int32_t interval) const = 0;
+  /// Whether it lists things in an order that `sort` changes.
+  virtual bool sorts() const { return false; }
+  virtual void sort(Sorting) {}
 };
 
 /// What one monitor shows: its panes, and how they are told.

@@ -36,7 +36,8 @@ void drawHead(Region row, const Surroundings& around) {
   row.textEndingAt(row.width() - 1, 0, both ? when : around.clock, faint);
 }
 
-void drawFoot(Region row, const Surroundings& around, std::size_t page, std::size_t pages) {
+void drawFoot(Region row, const Surroundings& around, std::size_t page, std::size_t pages,
+              bool sorts) {
   constexpr Style key{Colour::Default, Colour::Default, true};
   int x = 1;
   const auto hint = [&](std::string_view name, std::string_view what) {
@@ -46,6 +47,10 @@ void drawFoot(Region row, const Surroundings& around, std::size_t page, std::siz
   hint("q", "quit");
   if (pages > 1) {
     hint("Tab", "page " + std::to_string(page + 1) + " of " + std::to_string(pages));
+  }
+  if (sorts) {
+    hint("s", "sort");
+    hint("r", "reverse");
   }
   if (!around.message.empty()) row.text(x, 0, around.message, {Colour::Yellow});
 }
@@ -69,12 +74,14 @@ std::size_t drawScreen(Canvas& canvas, const std::vector<std::unique_ptr<Pane>>&
   const auto page = std::min(around.page, pages.size() - 1);
 
   drawHead(whole.row(0), around);
+  bool sorts = false;
   for (const auto& [at, rect] : pages[page]) {
     const auto& pane = *panes[at];
+    sorts |= pane.sorts();
     pane.draw(drawFrame(area.part(rect), pane.title(), pane.note(), frameRows(size)),
               around.interval);
   }
-  drawFoot(whole.row(whole.height() - 1), around, page, pages.size());
+  drawFoot(whole.row(whole.height() - 1), around, page, pages.size(), sorts);
   return pages.size();
 }
 

@@ -4,14 +4,17 @@
 #define NCURSES_WIDECHAR 1
 
 #include <curses.h>
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <term.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -97,9 +100,22 @@ ColourNumbers numbersOf(Colour colour) {
   return {-1, -1};
 }
 
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OutputFile = std::unique_ptr<std::FILE, CloseFile>;
+
+std::FILE* openOutput() {
+  const int copy = fcntl(outputFd(), F_DUPFD_CLOEXEC, 0);
+  if (copy < 0) return nullptr;
+  std::FILE* const file = fdopen(copy, "w");
+  if (!file) close(copy);
+  return file;
+}
+
 class CursesTerminal final : public Terminal {
  public:
-  CursesTerminal(std::unique_ptr<TerminalRescue> rescuer, SCREEN* screen);
+  CursesTerminal(std::unique_ptr<TerminalRescue> rescuer, OutputFile output, SCREEN* screen);
   ~CursesTerminal() override;
 
   Size size() const override { return {getmaxx(stdscr), getmaxy(stdscr)}; }
@@ -111,14 +127,16 @@ class CursesTerminal final : public Terminal {
   short pair(Style style);
 
   std::unique_ptr<TerminalRescue> rescue_;
+  OutputFile output_;  // of the screen
   SCREEN* screen_;
   const bool utf8_ = terminalTakesUtf8();
   bool coloured_ = false;
   std::map<std::pair<Colour, Colour>, short> pairs_;
 };
 
-CursesTerminal::CursesTerminal(std::unique_ptr<TerminalRescue> rescuer, SCREEN* screen)
-    : rescue_(std::move(rescuer)), screen_(screen) {
+CursesTerminal::CursesTerminal(std::unique_ptr<TerminalRescue> rescuer, OutputFile output,
+                               SCREEN* screen)
+    : rescue_(std::move(rescuer)), output_(std::move(output)), screen_(screen) {
   rescue = rescue_.get();
   rescue->arm(resetSequence());
   inUse = screen;
@@ -148,7 +166,7 @@ CursesTerminal::~CursesTerminal() {
 
 void CursesTerminal::resize() {
   winsize window = {};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_row > 0 && window.ws_col > 0) {
+  if (ioctl(outputFd(), TIOCGWINSZ, &window) == 0 && window.ws_row > 0 && window.ws_col > 0) {
     resizeterm(window.ws_row, window.ws_col);
   }
   clearok(curscr, TRUE);
@@ -203,6 +221,10 @@ std::optional<KeyPress> CursesTerminal::key() {
     case KEY_LEFT:
     case KEY_UP:
       return KeyPress::PreviousPage;
+    case 's':
+      return KeyPress::Sort;
+    case 'r':
+      return KeyPress::ReverseSort;
     case 'L' - '@':
       return KeyPress::Redraw;
     default:  // also KEY_RESIZE, which is only curses' echo of our own resizeterm
@@ -215,9 +237,10 @@ std::optional<KeyPress> CursesTerminal::key() {
 std::unique_ptr<Terminal> Terminal::open() {
   terminalTakesUtf8();  // sets the locale that curses is to draw in
   auto rescuer = std::make_unique<TerminalRescue>();
-  SCREEN* const screen = newterm(nullptr, stdout, stdin);
+  OutputFile output(openOutput());
+  SCREEN* const screen = output ? newterm(nullptr, output.get(), stdin) : nullptr;
   if (!screen) return nullptr;
-  return std::make_unique<CursesTerminal>(std::move(rescuer), screen);
+  return std::make_unique<CursesTerminal>(std::move(rescuer), std::move(output), screen);
 }
 
 }  // namespace vantile::host

@@ -7,7 +7,7 @@
 
 namespace vantile::host {
 
-enum class KeyPress { Quit, NextPage, PreviousPage, Redraw, Other };
+enum class KeyPress { Quit, NextPage, PreviousPage, Sort, ReverseSort, Redraw, Other };
 
 /// The terminal in full-screen use. Given back when this goes and, should that not come to pass,
 /// when the process exits, terminates or is ended by a signal that can be caught.

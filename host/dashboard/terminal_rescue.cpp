@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "output.h"
+
 namespace vantile::host {
 namespace {
 
@@ -22,6 +24,7 @@ constexpr int deadly[] = {SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,  SIGABRT, SIGTRAP, 
 // nothing that allocates.
 std::array<char, 512> resetText;
 std::size_t resetSize = 0;
+int terminal = STDOUT_FILENO;
 termios settings;
 bool settingsKnown = false;
 std::array<struct sigaction, NSIG> previous;
@@ -35,10 +38,10 @@ bool spareStackInUse = false;
 // Only what may be called at any point of the program.
 void giveBackAndDie(int number) {
   // In the background the terminal is a shell's, and was given back when we stopped.
-  const pid_t foreground = tcgetpgrp(STDOUT_FILENO);
+  const pid_t foreground = tcgetpgrp(terminal);
   if (foreground <= 0 || foreground == getpgrp()) {
-    if (settingsKnown) tcsetattr(STDOUT_FILENO, TCSANOW, &settings);
-    [[maybe_unused]] const auto written = write(STDOUT_FILENO, resetText.data(), resetSize);
+    if (settingsKnown) tcsetattr(terminal, TCSANOW, &settings);
+    [[maybe_unused]] const auto written = write(terminal, resetText.data(), resetSize);
   }
   // The signal is blocked until this returns: it then strikes where the first one did, so that a
   // core dump shows that place.
@@ -68,7 +71,8 @@ void useSpareStack() {
 }  // namespace
 
 TerminalRescue::TerminalRescue() {
-  settingsKnown = tcgetattr(STDOUT_FILENO, &settings) == 0;
+  terminal = outputFd();
+  settingsKnown = tcgetattr(terminal, &settings) == 0;
 }
 
 void TerminalRescue::arm(std::string_view reset) {

@@ -4,7 +4,7 @@
 
 namespace vantile::host {
 
-/// Gives the terminal on standard output back when a signal ends the program at once, a crash above
+/// Gives the terminal of the output back when a signal ends the program at once, a crash above
 /// all, after which nothing else of it runs. One a process, for the main thread.
 class TerminalRescue {
  public:

@@ -47,7 +47,7 @@ typed() {
 }
 
 # A shell that stays, so that there is something to give the terminal back to.
-terminal new-session -d -x 80 -y 24 "PS1='ready> ' sh" || fail "tmux cannot start"
+terminal new-session -d -x 80 -y 60 "PS1='ready> ' sh" || fail "tmux cannot start"
 appears "ready>" || fail "no shell in the terminal"
 stty_before=$(modes)
 
@@ -76,13 +76,14 @@ process() {
 }
 
 dashboard "Memory used"
-for text in "■ Used" "■ Wired" "■ Active" "■ Compressed" "■ Inactive" "■ Free" Page-ins \
+for text in "load " " tasks, " "Processor time used" "Running applications" "s sort" \
+  "■ Used" "■ Wired" "■ Active" "■ Compressed" "■ Inactive" "■ Free" Page-ins \
   Page-outs Swap "q quit"; do
   appears "$text" || fail "the dashboard does not show '$text'"
 done
 screen | grep -q '█' || fail "there are no bars"
 
-appears "nothing yet, watching downloads, applications and the Trash" ||
+appears "watching downloads, applications and the Trash" ||
   fail "an empty list of events does not say what is watched"
 appears "0 B in the Trash" || fail "the Trash's size is not shown"
 printf '[Desktop Entry]\nType=Application\nName=A\nExec=a\n' >"$WORK/a.desktop"
@@ -90,16 +91,20 @@ mv "$WORK/a.desktop" "$XDG_DATA_HOME/Trash/files/"
 appears "application in the Trash  a.desktop" || fail "an application in the Trash is not told"
 appears "47 B in the Trash" || fail "the Trash's growth is not followed"
 
+if ! screen | grep -qF "no application is running"; then
+  typed s
+  appears " by memory" || fail "s does not sort"
+fi
 terminal resize-window -x 120 -y 40
-appears "╮╭─ Memory used" || fail "a wide terminal has no columns"
+appears "╮╭─ Memory " || fail "a wide terminal has no columns"
 appears "vantile-host on $(uname -n)" || fail "the machine is not named"
 terminal resize-window -x 40 -y 12
-appears "page 1 of 2" || fail "a small terminal has no pages"
+appears "page 1 of 3" || fail "a small terminal has no pages"
 typed Tab
-appears "page 2 of 2" || fail "Tab does not turn the page"
+appears "page 2 of 3" || fail "Tab does not turn the page"
 terminal resize-window -x 20 -y 4
 appears "too small" || fail "a tiny terminal is not told so"
-terminal resize-window -x 80 -y 24
+terminal resize-window -x 80 -y 60
 appears "■ Used" || fail "the terminal's growth is not followed"
 typed q
 given_back 0 "q"

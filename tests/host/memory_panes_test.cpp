@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "drawn.h"
 #include "memory_report.h"
 
 namespace vantile::host {
@@ -16,17 +16,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using Moment = MemoryFigures::Moment;
-
-std::vector<std::string> drawn(const Pane& pane, Size size) {
-  Canvas canvas(size);
-  pane.draw(canvas.region(), 1);
-  return canvas.rows();
-}
-
-bool contains(const std::vector<std::string>& rows, std::string_view text) {
-  return std::ranges::any_of(
-      rows, [&](const std::string& row) { return row.find(text) != std::string::npos; });
-}
 
 class HostMemoryPanes : public testing::Test {
  protected:

@@ -106,9 +106,10 @@ TEST(HostOptions, InfoIsATableUnlessJsonIsAskedFor) {
 
 TEST(HostOptions, InfoTakesNothingElse) {
   EXPECT_EQ(errorOf({"info", "--count", "3"}),
-            "unknown option '--count' (see vantile-host --help)");
-  EXPECT_EQ(errorOf({"info", "all"}), "unexpected argument 'all' (see vantile-host --help)");
-  EXPECT_EQ(errorOf({"stream", "--json"}), "unknown option '--json' (see vantile-host --help)");
+            "unknown option '--count' (see vantile-host info --help)");
+  EXPECT_EQ(errorOf({"info", "all"}), "unexpected argument 'all' (see vantile-host info --help)");
+  EXPECT_EQ(errorOf({"stream", "--json"}),
+            "unknown option '--json' (see vantile-host stream --help)");
 }
 
 TEST(HostOptions, AnUnknownMonitorIsNamedBesideTheKnownOnes) {

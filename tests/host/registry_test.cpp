@@ -12,13 +12,13 @@ namespace {
 using Names = std::vector<std::string>;
 
 TEST(HostRegistry, WatchersAreApartFromWhatSamples) {
-  EXPECT_EQ(sampledNames(), (Names{"memory"}));
+  EXPECT_EQ(sampledNames(), (Names{"memory", "cpu", "process"}));
   EXPECT_EQ(watcherNames(), (Names{"downloads", "applications", "trash"}));
 }
 
-TEST(HostRegistry, AWatcherDoesNotTick) {
+TEST(HostRegistry, WatchersAloneTellOfChanges) {
   for (const auto& monitor : monitors()) {
-    EXPECT_FALSE(monitor.isWatcher() && monitor.ticks) << monitor.name;
+    EXPECT_EQ(monitor.isWatcher(), monitor.sample.empty()) << monitor.name;
   }
 }
 

@@ -13,7 +13,7 @@ refuses() {
     [ "$(cat "$WORK/err")" = "vantile-host: $expected" ]
 }
 
-refuses "unknown monitor 'memroy' (known: memory, downloads, applications, trash)" \
+refuses "unknown monitor 'memroy' (known: memory, cpu, process, downloads, applications, trash)" \
   stream --monitors memroy
 refuses "unknown watcher 'trsh' (known: downloads, applications, trash)" watch downloads trsh
 refuses "unknown option '--interval' (see vantile-host watch --help)" watch --interval 1
@@ -22,8 +22,8 @@ refuses "--interval must be a whole number of seconds from 1 to 86400, not '0'" 
 refuses "--count must be a whole number, 0 for no end, not 'many'" stream --count many
 refuses "unknown option '--verbose' (see vantile-host --help)" --verbose
 refuses "unknown command 'strem' (known: stream, watch, clean, info; see vantile-host --help)" strem
-refuses "unexpected argument 'all' (see vantile-host --help)" info all
-refuses "unknown option '--json' (see vantile-host --help)" stream --json
+refuses "unexpected argument 'all' (see vantile-host info --help)" info all
+refuses "unknown option '--json' (see vantile-host stream --help)" stream --json
 refuses "option '--count' needs a value (see vantile-host --help)" stream --count
 
 "$HOST" stream --monitors "$(printf 'a\nb')" 2>"$WORK/err"
