@@ -164,6 +164,14 @@ TEST_F(DesktopIndexTest, AFolderThatWasJustChangedIsReadAgain) {
   EXPECT_TRUE(index.refresh());
 }
 
+TEST_F(DesktopIndexTest, AFolderOfATimeToComeIsNotReadAgainUntilItChanges) {
+  age("home/applications", 4102444800);
+  EXPECT_TRUE(index.refresh());
+  EXPECT_FALSE(index.refresh());
+  entry("home/applications/a.desktop", "A");
+  EXPECT_EQ(called("a"), "A");
+}
+
 TEST_F(DesktopIndexTest, EntriesThatComeAndGoAreSeen) {
   age("home/applications", 1000);
   EXPECT_EQ(called("a"), std::nullopt);

@@ -41,8 +41,9 @@ class ProcessSample : public ::testing::Test {
   std::shared_ptr<ProcessInfo> read(const std::string& lines, std::int32_t pid = 41) {
     launch({{"Mail", "/Mail.app", pid}});
     ports.lister->output = "  PID  %CPU %MEM    RSS      VSZ STAT\n" + lines;
+    reports.clear();
     monitor->updateInfo();
-    return reports.back().value().at(pid);
+    return reports.at(0).value().at(pid);
   }
 
   SteppedLoop loop;

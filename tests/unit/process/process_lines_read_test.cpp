@@ -54,6 +54,7 @@ TEST_F(ProcessLine, WithAMarkerBehindTheStateIsLeftOut) {
 
 TEST_F(ProcessLine, OfAnUnknownProcessIsIgnored) {
   EXPECT_TRUE(isUntouched(*read("42 1.5 0.1 100 200 S\n")));
+  EXPECT_EQ(reports.at(0).value().size(), 1u);
   EXPECT_EQ(read("42 1.5 0.1 100 200 S\n41 2.5 0.2 300 400 R\n")->cpu(), 2.5);
 }
 

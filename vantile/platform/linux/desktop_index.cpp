@@ -57,12 +57,12 @@ Modified modificationOf(const std::string& folder) {
 }
 
 /// Whether no further change can get the same time: file systems count it in steps of up to two
-/// seconds.
-bool isPast(const Modified& time) {
+/// seconds. A time to come was set by somebody, changes set the present one.
+bool isSettled(const Modified& time) {
   constexpr std::int64_t step = 2;
   timespec now = {};
   ::clock_gettime(CLOCK_REALTIME, &now);
-  return time.seconds < 0 || now.tv_sec - time.seconds > step;
+  return time.seconds < now.tv_sec - step || time.seconds > now.tv_sec + step;
 }
 
 bool isScript(const std::string& path) {
@@ -121,7 +121,7 @@ void DesktopIndex::build() {
 void DesktopIndex::readFolder(const std::string& path, const std::string& identifierPrefix,
                               int depth) {
   const auto modified = modificationOf(path);  // before it is read, so that no change is missed
-  folders_.push_back({path, modified.seconds, modified.nanoseconds, isPast(modified)});
+  folders_.push_back({path, modified.seconds, modified.nanoseconds, isSettled(modified)});
   const std::unique_ptr<DIR, CloseFolder> listing(::opendir(path.c_str()));
   std::vector<std::string> names;
   while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr)
