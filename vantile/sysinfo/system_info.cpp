@@ -1,10 +1,10 @@
 #include "vantile/sysinfo/system_info.h"
 
 #include <algorithm>
-#include <limits>
 #include <string_view>
 
 #include "vantile/sysinfo/system_info_ports.h"
+#include "vantile/utility/strings.h"
 
 namespace vantile {
 namespace {
@@ -20,22 +20,6 @@ bool isInAnyCase(std::string_view piece, std::string_view word) {
 bool isKept(std::string_view piece) {
   if (piece.empty() || isInAnyCase(piece, "r") || isInAnyCase(piece, "tm")) return false;
   return piece[0] < '0' || piece[0] > '9';
-}
-
-/// The decimal number that `text` begins with after white space; what 32 bits can't hold is the
-/// nearest that they can.
-std::int32_t integerValue(std::string_view text) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-  const bool isNegative = text.starts_with('-');
-  if (isNegative || text.starts_with('+')) text.remove_prefix(1);
-  std::int64_t number = 0;
-  for (const char digit : text) {
-    if (digit < '0' || digit > '9') break;
-    number = std::min<std::int64_t>(number * 10 + (digit - '0'), std::int64_t{Limits::max()} + 1);
-  }
-  if (isNegative) number = -number;
-  return static_cast<std::int32_t>(std::min<std::int64_t>(number, Limits::max()));
 }
 
 }  // namespace
@@ -106,7 +90,7 @@ KVDSystemInfo::Text KVDSystemInfo::getOSVersionInfo() const {
   const auto pieces = ports_->text->piecesBetweenPunctuation(*release);
   if (pieces.size() < 2) return std::nullopt;  // nothing for the third number
   // 32 bits of it are printed, whatever is left over.
-  const auto minor = static_cast<std::int32_t>(std::int64_t{integerValue(pieces[0])} - 4);
+  const auto minor = static_cast<std::int32_t>(std::int64_t{intValue(pieces[0])} - 4);
   return "10." + std::to_string(minor) + "." + pieces[1] + " (" + *build + ")";
 }
 
