@@ -108,19 +108,23 @@ void bareReads(benchmark::State& state) {
   }
 }
 
-/// Its own processor time is a child's, which the benchmark does not count: see "processor".
+double processorSeconds(int whose) {
+  rusage used = {};
+  ::getrusage(whose, &used);
+  return static_cast<double>(used.ru_utime.tv_sec + used.ru_stime.tv_sec) +
+         static_cast<double>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) / 1e6;
+}
+
+/// Its processor time is a child's, too, which the benchmark does not count: see "processor".
 void oneRunOfPs(benchmark::State& state) {
   std::string command = "exec ps -p ";
   for (const auto pid : desktop->pids()) command += std::to_string(pid) + ",";
   command.back() = ' ';
   command += "-o pid,%cpu,%mem,rss,vsz,stat";
-  const auto childSeconds = [] {
-    rusage used = {};
-    ::getrusage(RUSAGE_CHILDREN, &used);
-    return static_cast<double>(used.ru_utime.tv_sec + used.ru_stime.tv_sec) +
-           static_cast<double>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) / 1e6;
+  const auto seconds = [] {
+    return processorSeconds(RUSAGE_SELF) + processorSeconds(RUSAGE_CHILDREN);
   };
-  const double before = childSeconds();
+  const double before = seconds();
   for (auto _ : state) {
     FILE* const output = ::popen(command.c_str(), "r");
     char piece[4096];
@@ -129,7 +133,7 @@ void oneRunOfPs(benchmark::State& state) {
     if (!output || ::pclose(output) != 0) return state.SkipWithError("ps does not run");
   }
   state.counters["processor"] = benchmark::Counter(
-      (childSeconds() - before) * 1000 / static_cast<double>(state.iterations()));  // milliseconds
+      (seconds() - before) * 1000 / static_cast<double>(state.iterations()));  // milliseconds
 }
 
 BENCHMARK(processTick)->Name("process tick");

@@ -63,12 +63,12 @@ void ProcessStats::sample() {
 /// them, or nothing when there are none.
 std::optional<std::string> ProcessStats::listApplications() {
   processDicts.clear();
-  const auto applications = ports_->applications->list();
+  auto applications = ports_->applications->list();
   if (!applications || applications->empty()) return std::nullopt;
   std::string pids;
-  for (const auto& each : *applications) {
-    processDicts[each.pid] =
-        ProcessInfo::initWithPidWithAppNameWithAppPath(each.pid, each.name, each.path);
+  for (auto& each : *applications) {
+    processDicts[each.pid] = ProcessInfo::initWithPidWithAppNameWithAppPath(
+        each.pid, std::move(each.name), std::move(each.path));
     pids.append(std::to_string(each.pid)).push_back(',');
   }
   pids.pop_back();

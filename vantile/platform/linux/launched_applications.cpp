@@ -204,6 +204,7 @@ void LinuxLaunchedApplications::resolve(std::int32_t pid, Known& known) {
 std::vector<LaunchedProcess> LinuxLaunchedApplications::candidates() const {
   constexpr auto none = LaunchedProcess::none;
   std::vector<LaunchedProcess> found;
+  found.reserve(known_.size());
   for (const auto& [pid, known] : known_) {
     if (known.unitEntry == none && known.launchEntry == none && known.programEntry == none)
       continue;

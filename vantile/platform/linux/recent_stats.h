@@ -1,9 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <unordered_map>
+#include <vector>
 
 #include "vantile/platform/parsers/pid_stat.h"
 
@@ -22,19 +23,28 @@ class RecentStats {
   void begin() {
     const std::lock_guard lock(mutex_);
     readings_.clear();
+    next_ = 0;
   }
   void put(Reading reading) {
     reading.stat.name = {};  // a view into what was read
     const std::lock_guard lock(mutex_);
-    readings_.insert_or_assign(reading.stat.pid, reading);
+    readings_.push_back(reading);
   }
-  /// Gives a reading that is still good, once.
+  /// Gives a reading that is still good, once. They are asked for in about the order that they were
+  /// made in, so the search goes on from the one before.
   std::optional<Reading> take(std::int32_t pid, std::uint64_t now) {
     constexpr std::uint64_t good = 50'000'000;  // nanoseconds
     const std::lock_guard lock(mutex_);
-    const auto node = readings_.extract(pid);
-    if (!node || now - node.mapped().nanoseconds > good) return std::nullopt;
-    return node.mapped();
+    for (std::size_t tried = 0; tried < readings_.size(); ++tried) {
+      Reading& reading = readings_[next_++ % readings_.size()];
+      if (reading.stat.pid != pid) continue;
+      reading.stat.pid = 0;  // taken
+      if (now - reading.nanoseconds > good) return std::nullopt;
+      auto given = reading;
+      given.stat.pid = pid;
+      return given;
+    }
+    return std::nullopt;
   }
 
   /// Those that the adapters of the process share.
@@ -42,7 +52,8 @@ class RecentStats {
 
  private:
   std::mutex mutex_;
-  std::unordered_map<std::int32_t, Reading> readings_;
+  std::vector<Reading> readings_;
+  std::size_t next_ = 0;
 };
 
 /// Nanoseconds since boot, those asleep with them: what the kernel counts the starts of processes
