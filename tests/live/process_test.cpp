@@ -213,7 +213,12 @@ TEST_F(LiveProcess, AReusedPidHasNoFiguresOfTheProcessBefore) {
 
 TEST_F(LiveProcess, ThousandsThatComeAndGoLeaveNothingBehind) {
   const auto program = entries.install("brief", "/bin/sleep");
-  sampled(0);
+  {
+    const StartedApplication first(program, {"60"});
+    ASSERT_GT(awaited("The brief"), 0);
+    for (int sample = 0; sample < 10; ++sample) sampled(0);  // until what is kept has been opened
+  }
+  ASSERT_EQ(awaited("The brief", false), -1);
   const auto before = descriptors();
   std::atomic<bool> done = false;
   std::thread starter([&] {

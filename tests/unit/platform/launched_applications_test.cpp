@@ -58,7 +58,11 @@ struct LinuxLaunched : ::testing::Test {
                 "A=1\0GIO_LAUNCHED_DESKTOP_FILE="s + entry + "\0GIO_LAUNCHED_DESKTOP_FILE_PID="s +
                     std::to_string(leader) + "\0"s);
   }
-  void ends(int pid) { folder.remove("proc/" + std::to_string(pid)); }
+  /// A process that is gone answers nothing, through a descriptor that is still open either.
+  void ends(int pid) {
+    folder.file("proc/" + std::to_string(pid) + "/stat");
+    folder.remove("proc/" + std::to_string(pid));
+  }
 
   using Found = std::map<int, std::string>;
   Found names() {

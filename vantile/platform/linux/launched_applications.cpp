@@ -19,6 +19,7 @@ namespace {
 
 constexpr unsigned firstLooks = 8;
 constexpr std::uint64_t turns = 16;
+constexpr std::size_t mostKept = 128;
 constexpr std::size_t longestEnvironment = 256u << 10;
 constexpr std::size_t longestPath = 4096;
 
@@ -86,7 +87,12 @@ std::optional<std::vector<LaunchedApplication>> LinuxLaunchedApplications::list(
   renewParents();
 
   const auto processes = candidates();
-  for (auto& [pid, known] : known_) known.isLeader = false;
+  kept_ = 0;
+  for (auto& [pid, known] : known_) {
+    if (!known.isLeader) known.file = {};
+    if (known.file) ++kept_;
+    known.isLeader = false;
+  }
   std::vector<LaunchedApplication> applications;
   for (const auto& leader : applicationLeaders(processes)) {
     const auto pid = processes[leader.process].pid;
@@ -116,6 +122,7 @@ void LinuxLaunchedApplications::see(std::int32_t pid, const char* name, std::uin
     known.inode = inode;
     lookAt(pid, name, known);
   } else if (known.inode != inode || known.isLeader) {
+    if (known.inode != inode) known.file = {};
     known.inode = inode;
     check(pid, name, known);
   } else if (static_cast<std::uint64_t>(pid) % turns == looks_ % turns &&
@@ -156,11 +163,24 @@ void LinuxLaunchedApplications::readEvidence(int folder, Known& known) {
   known.executable = linkIn(folder, "exe");
 }
 
+/// Leaders are read at each look, so theirs are kept open, some of them: a host needs descriptors,
+/// too.
+std::optional<std::string_view> LinuxLaunchedApplications::readStat(const char* name,
+                                                                    Known& known) {
+  const std::span<char> buffer(buffer_.data(), allOfPidStat);
+  const auto path = std::string(name) + "/stat";
+  if (!known.file && known.isLeader && kept_ < mostKept) {
+    known.file = Descriptor(::openat(folder_, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (known.file) ++kept_;
+  }
+  if (!known.file) return readOnce(folder_, path.c_str(), buffer);
+  return readAgain(known.file.get(), buffer);
+}
+
 /// Looks whether the process is what it was, and at it as a whole where it is not.
 void LinuxLaunchedApplications::check(std::int32_t pid, const char* name, Known& known) {
-  const auto path = std::string(name) + "/stat";
   const auto now = sinceBoot();
-  const auto text = readOnce(folder_, path.c_str(), {buffer_.data(), allOfPidStat});
+  const auto text = readStat(name, known);
   const auto stat = text ? parsePidStat(*text) : std::nullopt;
   if (!known.isMine || !stat || hasEnded(*stat) || stat->startTicks != known.startTicks ||
       stat->name != known.image.name || stat->codeStart != known.image.codeStart ||

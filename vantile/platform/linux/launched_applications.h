@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "vantile/platform/launched_applications.h"
@@ -18,6 +19,7 @@
 #include "vantile/platform/parsers/launch_evidence.h"
 #include "vantile/platform/parsers/launched_processes.h"
 #include "vantile/platform/parsers/pid_stat.h"
+#include "vantile/platform/posix/descriptor.h"
 
 namespace vantile {
 
@@ -60,6 +62,7 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
     std::size_t launchEntry = LaunchedProcess::none;
     std::size_t programEntry = LaunchedProcess::none;
     bool isLeader = false;
+    Descriptor file;           ///< a leader's "stat", which stands for this process alone
     unsigned looks = 0;        ///< how often it was looked at as a whole
     std::uint64_t listed = 0;  ///< the look that last saw it
   };
@@ -70,6 +73,7 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
   void lookAt(std::int32_t pid, const char* name, Known& known);
   void readEvidence(int folder, Known& known);
   void check(std::int32_t pid, const char* name, Known& known);
+  std::optional<std::string_view> readStat(const char* name, Known& known);
   void renewParents();
   void resolve(std::int32_t pid, Known& known);
   std::vector<LaunchedProcess> candidates() const;
@@ -79,7 +83,8 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
   std::mutex mutex_;  // over all below
   DesktopIndex index_;
   Table known_;
-  int folder_ = -1;  ///< /proc, while a look is taken
+  std::size_t kept_ = 0;  ///< descriptors of leaders
+  int folder_ = -1;       ///< /proc, while a look is taken
   std::uint64_t looks_ = 0;
   std::vector<char> buffer_;
 };
