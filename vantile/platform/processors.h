@@ -9,9 +9,9 @@
 
 namespace vantile {
 
-/// What a processor did, in ticks of 10 ms since some moment. Each counter goes on modulo 2^32.
+/// What a processor did, in ticks of 10 ms since some moment.
 struct ProcessorTicks {
-  std::uint32_t user = 0, system = 0, idle = 0, nice = 0;
+  std::uint64_t user = 0, system = 0, idle = 0, nice = 0;
   friend bool operator==(const ProcessorTicks&, const ProcessorTicks&) = default;
 };
 
@@ -27,11 +27,11 @@ class Processors {
   virtual ~Processors() = default;
 
   /// The counters of every processor, by its number, or nothing when the system refuses them.
-  /// macOS: host_processor_info, PROCESSOR_CPU_LOAD_INFO.
+  /// macOS: host_processor_info, PROCESSOR_CPU_LOAD_INFO; its counters go on modulo 2^32.
   /// Linux: /proc/stat. Interrupts and stolen time are system, waiting for disks is idle. Counters
-  /// begin at 0 with the process's first reading and never run backwards, so they wrap after 497
-  /// days of one kind of work. A processor that is offline repeats its counters; one whose number
-  /// is beyond those of the first reading is left out.
+  /// begin at 0 with the process's first reading and never run backwards. A processor that is
+  /// offline repeats its counters; one whose number is beyond those of the first reading is left
+  /// out.
   virtual std::optional<std::vector<ProcessorTicks>> ticks() = 0;
 
   /// Processes and threads, or nothing when the system refuses them.

@@ -17,8 +17,8 @@ namespace {
 constexpr std::uint64_t lastInMegahertz = 1'000'000'000;
 
 /// The growth of a counter; negative for one that went backwards.
-std::int64_t growth(std::uint32_t prior, std::uint32_t now) {
-  return std::int64_t{now} - std::int64_t{prior};
+std::int64_t growth(std::uint64_t prior, std::uint64_t now) {
+  return static_cast<std::int64_t>(now - prior);
 }
 
 /// The part that `ticks` are of `total`. Both count as unsigned, so that what went backwards shows
@@ -114,7 +114,7 @@ void CPUStatus::account(const std::vector<ProcessorTicks>& ticks) {
 /// one: hosts know both.
 CPUStatus::CoreTicks CPUStatus::since(const ProcessorTicks& prior, const ProcessorTicks& now) {
   CoreTicks ticks;
-  ticks.system = std::uint32_t{now.system - prior.system};
+  ticks.system = static_cast<std::uint32_t>(now.system - prior.system);
   ticks.user = growth(prior.user, now.user) + growth(prior.nice, now.nice);
   ticks.idle = growth(prior.idle, now.idle);
   ticks.total = ticks.user + ticks.system + ticks.idle;

@@ -46,11 +46,11 @@ std::optional<ProcessorLine> parseLine(std::string_view line) {
 }
 
 /// What `now` is beyond `last`, which becomes `now` unless that will catch up.
-std::uint32_t growth(std::uint64_t& last, std::uint64_t now) {
+std::uint64_t growth(std::uint64_t& last, std::uint64_t now) {
   if (now < last && last - now <= catchesUp) return 0;
   const auto grown = now >= last ? now - last : 0;
   last = now;
-  return static_cast<std::uint32_t>(grown);
+  return grown;
 }
 
 }  // namespace
