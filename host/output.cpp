@@ -36,9 +36,10 @@ OwnOutput::OwnOutput() {
   if (nowhere >= 0) close(nowhere);
   if (moved) {
     output = own;
-  } else if (own >= 0) {
-    close(own);
+    return;
   }
+  complain("what the library prints cannot be kept out of the output");
+  if (own >= 0) close(own);
 }
 
 OwnOutput::~OwnOutput() {

@@ -73,7 +73,10 @@ std::string figuresLine(const CpuFigures& now) {
   }
   if (now.tasks && now.threads)
     add(std::to_string(*now.tasks) + " tasks, " + std::to_string(*now.threads) + " threads");
-  add(now.celsius ? formatFixed(*now.celsius, 1) + " °C" : "no temperature sensor");
+  if (now.hasSensor)
+    add((now.celsius ? formatFixed(*now.celsius, 1) : "–") + " °C");
+  else
+    add("no temperature sensor");
   return line;
 }
 
@@ -93,6 +96,7 @@ void CpuFigures::take(const Report& report) {
     load = {real(0), real(1), real(2)};
   } else if (report.operation == "cpuWithTemperature") {
     celsius = report.real(0);
+    hasSensor = true;
   }
 }
 

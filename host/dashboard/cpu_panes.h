@@ -35,7 +35,8 @@ class CpuFigures {
   History busyShare;
   std::optional<std::uint64_t> tasks, threads;
   std::optional<std::array<double, 3>> load;  ///< of 1, 5 and 15 minutes
-  std::optional<double> celsius;
+  std::optional<double> celsius;              ///< where the latest sample told of it
+  bool hasSensor = false;                     ///< one of them did
 
  private:
   void takeCore(const Report& report);

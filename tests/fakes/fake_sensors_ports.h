@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,7 @@ class FakeSmcService final : public SmcService {
  public:
   SmcOpening open() override {
     log.push_back("open");
+    if (throws) throw std::runtime_error("out of order");
     return opening;
   }
   std::int32_t close(std::uint32_t connection) override {
@@ -73,6 +75,7 @@ class FakeSmcService final : public SmcService {
   }
 
   SmcOpening opening = {.found = true, .connection = 41};
+  bool throws = false;
   std::int32_t closeResult = 0, infoResult = 0, readResult = 0;
   std::uint32_t dataSize = 2, dataType = 0x73703738;  // "sp78"
   std::vector<std::uint8_t> bytes;                    ///< at most 32

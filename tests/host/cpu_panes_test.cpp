@@ -45,9 +45,11 @@ TEST_F(HostCpuPanes, ShowLoadTasksAndTemperature) {
 }
 
 TEST_F(HostCpuPanes, ATemperatureThatIsLeftOutIsNotThatOfTheSampleBefore) {
-  take("cpuWithTemperature", {48.53});
   sample(1);
   EXPECT_TRUE(contains(drawn(CpuPane(figures), {70, 2}), "no temperature sensor"));
+  take("cpuWithTemperature", {48.53});
+  sample(1);
+  EXPECT_TRUE(contains(drawn(CpuPane(figures), {70, 2}), "   – °C"));
 }
 
 TEST_F(HostCpuPanes, ShowABarAProcessor) {

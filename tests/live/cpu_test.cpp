@@ -196,7 +196,7 @@ TEST_F(LiveCpu, LoadAveragesAreThoseOfProc) {
   FAIL() << loads[0] << " " << loads[1] << " " << loads[2];
 }
 
-TEST_F(LiveCpu, ProcessorsAreAsManyAsNprocAll) {
+TEST_F(LiveCpu, ProcessorsAreAsManyAsAreOnline) {
   const auto output = run("getconf _NPROCESSORS_ONLN");
   ASSERT_EQ(output.status, 0);
   EXPECT_EQ(monitor->getNumberOfCPUs(), std::stoi(output.text));

@@ -29,7 +29,8 @@ class VANTILE_API ProcessInfo final {
   void setAppPath(std::optional<std::string> path) { _appPath = std::move(path); }
 
   /// Percent of one processor, so 250 for two and a half. macOS: as ps counts it. Linux: over the
-  /// time since the process was last sampled, at its first sample over its life.
+  /// time since the process was last sampled, by whichever monitor, at its first sample over its
+  /// life.
   double cpu() const { return _cpu; }
   void setCpu(double percent) { _cpu = percent; }
   /// Percent of the physical memory.

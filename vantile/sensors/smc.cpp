@@ -55,8 +55,9 @@ using namespace vantile;
 
 int SMCOpen() noexcept {
   int result = 1;
-  guarded("opening the SMC", [&result] {
-    const auto opening = service().open();
+  SmcOpening opening;  // none, should it fail in another way
+  guarded("opening the SMC", [&opening] { opening = service().open(); });
+  guarded("opening the SMC", [&] {
     if (opening.matching != 0) {
       failed("IOServiceGetMatchingServices", opening.matching);
     } else if (!opening.found) {

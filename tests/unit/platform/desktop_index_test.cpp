@@ -224,6 +224,14 @@ TEST_F(DesktopIndexTest, AnEntryElsewhereIsReadWhenItIsAskedFor) {
   EXPECT_EQ(index.at(folder.path("desktop/missing.desktop")), std::nullopt);
 }
 
+TEST_F(DesktopIndexTest, AnEntryElsewhereDoesNotStandForItsProgram) {
+  program("bin/tool");
+  entry("desktop/x.desktop", "X", "Exec=tool\n");
+  index.refresh();
+  EXPECT_EQ(nameOf(index.at(folder.path("desktop/x.desktop"))), "X");
+  EXPECT_EQ(running("bin/tool"), std::nullopt);
+}
+
 TEST_F(DesktopIndexTest, AnInstalledEntryIsFoundByItsPath) {
   entry("home/applications/a.desktop", "A");
   index.refresh();

@@ -56,7 +56,8 @@ TEST(ProcStat, ALineThatWasCutOffIsLeftOutAndTheRestWanted) {
   const auto stat = parseProcStat("cpu0 1 2 3 4\ncpu1 1 2 3 4");
   EXPECT_EQ(stat.processors.size(), 1u);
   EXPECT_FALSE(stat.complete);
-  EXPECT_FALSE(parseProcStat("cpu0 1 2 3 4\nint").complete);
+  EXPECT_FALSE(parseProcStat("cpu0 1 2 3 4\nin").complete);
+  EXPECT_TRUE(parseProcStat("cpu0 1 2 3 4\nint").complete);
   EXPECT_FALSE(parseProcStat("").complete);
 }
 

@@ -73,6 +73,15 @@ struct LinuxSmcServiceTest : ::testing::Test {
   LinuxSmcService service{LinuxRoots{folder.path("proc"), folder.path("sys")}, TimedRead(means())};
 };
 
+TEST_F(LinuxSmcServiceTest, ASensorThatCanNotBeReadLeavesItToTheNextBest) {
+  coretemp("48000");
+  folder.remove("sys/devices/coretemp.0/hwmon2/temp1_input");
+  folder.folder("sys/devices/coretemp.0/hwmon2/temp1_input");
+  zone("thermal_zone0", "x86_pkg_temp", "51000");
+  EXPECT_EQ(read(), 51);
+  EXPECT_EQ(read(), 51);
+}
+
 TEST_F(LinuxSmcServiceTest, AnswersFromTheProcessorsPackage) {
   chip("hwmon0", "nvme", "nvme");
   input("devices/nvme/hwmon0/temp1", "Composite", "20000");

@@ -54,6 +54,13 @@ TEST_F(SmcOpen, OpensTheConnectionThatLaterCallsUse) {
   EXPECT_EQ(smc.log, (Log{"open", "call 7 on 41", "close 41"}));
 }
 
+TEST_F(SmcOpen, AServiceThatThrowsIsNone) {
+  smc.throws = true;
+  int result = 0;
+  EXPECT_EQ(printed([&] { result = SMCOpen(); }), "Error: no SMC found\n");
+  EXPECT_EQ(result, 1);
+}
+
 TEST_F(SmcOpen, ARefusedSearchPrintsItsResult) {
   smc.opening = {.matching = static_cast<std::int32_t>(0xe00002c2)};
   int result = 0;

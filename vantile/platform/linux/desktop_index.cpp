@@ -20,6 +20,7 @@ namespace {
 constexpr std::string_view ending = ".desktop";
 constexpr int deepest = 8;  // folders that lead in a circle end somewhere
 constexpr std::size_t filesLookedAt = 2;
+constexpr std::size_t mostFolders = 1000;
 constexpr std::size_t mostEntries = 10000;  // any process may claim to be of any file
 
 struct CloseFolder {
@@ -120,6 +121,7 @@ void DesktopIndex::build() {
 
 void DesktopIndex::readFolder(const std::string& path, const std::string& identifierPrefix,
                               int depth) {
+  if (folders_.size() >= mostFolders) return;
   const auto modified = modificationOf(path);  // before it is read, so that no change is missed
   folders_.push_back({path, modified.seconds, modified.nanoseconds, isSettled(modified)});
   const std::unique_ptr<DIR, CloseFolder> listing(::opendir(path.c_str()));
@@ -139,10 +141,11 @@ void DesktopIndex::readFolder(const std::string& path, const std::string& identi
 
 void DesktopIndex::readEntry(const std::string& path, const std::string& identifier) {
   if (byIdentifier_.contains(identifier)) return;
-  byIdentifier_[identifier] = add(path);
+  byIdentifier_[identifier] = add(path, true);
 }
 
-std::optional<std::size_t> DesktopIndex::add(const std::string& path) {
+/// Of what is not installed, only who was launched by it is an application.
+std::optional<std::size_t> DesktopIndex::add(const std::string& path, bool isInstalled) {
   files_.push_back({path, stampOf(path)});
   const auto text = contentsOf(path, longestDesktopEntry);
   const auto entry = text ? desktopEntryOf(*text) : std::nullopt;
@@ -152,7 +155,7 @@ std::optional<std::size_t> DesktopIndex::add(const std::string& path) {
   auto fileName = baseName(path);
   if (fileName.ends_with(ending)) fileName.resize(fileName.size() - ending.size());
   entries_.push_back({path, entry->name.value_or(fileName), isShown});
-  if (isShown && entry->command) addProgram(*entry->command, number);
+  if (isInstalled && isShown && entry->command) addProgram(*entry->command, number);
   return byPath_[path] = number;
 }
 
@@ -185,7 +188,7 @@ std::optional<std::size_t> DesktopIndex::withIdentifier(const std::string& ident
 std::optional<std::size_t> DesktopIndex::at(const std::string& path) {
   const auto found = byPath_.find(path);
   if (found != byPath_.end()) return found->second;
-  return byPath_.size() < mostEntries ? add(path) : std::nullopt;
+  return byPath_.size() < mostEntries ? add(path, false) : std::nullopt;
 }
 
 std::optional<std::size_t> DesktopIndex::running(std::string_view executable) const {

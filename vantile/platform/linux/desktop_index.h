@@ -65,7 +65,7 @@ class DesktopIndex {
   void build();
   void readFolder(const std::string& path, const std::string& identifierPrefix, int depth);
   void readEntry(const std::string& path, const std::string& identifier);
-  std::optional<std::size_t> add(const std::string& path);
+  std::optional<std::size_t> add(const std::string& path, bool isInstalled);
   void addProgram(const std::string& command, std::size_t number);
   std::optional<std::string> findProgram(const std::string& program) const;
 

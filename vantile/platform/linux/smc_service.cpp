@@ -104,21 +104,31 @@ std::int32_t LinuxSmcService::close(std::uint32_t connection) {
 }
 
 std::optional<std::int64_t> LinuxSmcService::read(std::uint32_t key) {
-  const auto* const sensor = sensorOfKey(key, sensors_);
-  if (!sensor) return std::nullopt;
-  const auto reading = reader_.read(sensor->file);
-  if (reading.late) return std::nullopt;
-  if (!reading.text) {
-    // Gone with its driver, or asleep. At once looked for again only if it did answer before.
-    if (answered_) untilSearch_ = 0;
-    sensors_.clear();
-    return std::nullopt;
+  while (const auto* const sensor = sensorOfKey(key, sensors_)) {
+    const auto reading = reader_.read(sensor->file);
+    if (reading.late) return std::nullopt;
+    if (!reading.text) {
+      lose(sensor->file);
+      continue;  // with the next best
+    }
+    answered_ = true;
+    const auto number = leadingNumber(*reading.text);  // below zero is none
+    constexpr std::uint64_t hottest = 1'000'000;
+    return number && *number <= hottest ? std::optional(static_cast<std::int64_t>(*number))
+                                        : std::nullopt;
   }
-  answered_ = true;
-  const auto number = leadingNumber(*reading.text);  // below zero is none
-  constexpr std::uint64_t hottest = 1'000'000;
-  return number && *number <= hottest ? std::optional(static_cast<std::int64_t>(*number))
-                                      : std::nullopt;
+  return std::nullopt;
+}
+
+/// The sensor is gone with its driver, or asleep. All are at once looked for again if one of them
+/// did answer before; else there are the others.
+void LinuxSmcService::lose(const std::string& file) {
+  if (answered_) {
+    untilSearch_ = 0;
+    sensors_.clear();
+  } else {
+    std::erase_if(sensors_, [path = file](const auto& sensor) { return sensor.file == path; });
+  }
 }
 
 std::int32_t LinuxSmcService::call(std::uint32_t connection, std::uint32_t index,

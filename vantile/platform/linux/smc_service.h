@@ -30,6 +30,7 @@ class LinuxSmcService final : public SmcService {
   void addChip(const std::string& folder);
   void addZone(const std::string& folder);
   std::optional<std::int64_t> read(std::uint32_t key);
+  void lose(const std::string& file);
 
   const LinuxRoots roots_;
   std::mutex mutex_;  // over all below

@@ -17,8 +17,9 @@ struct TimedText {
 };
 
 /// Reads files that may be slow to answer, as some sensors are, and waits no longer than its
-/// patience. A file is read on a thread of its own until it answered in time; from then on it is
-/// read at once, until it does not. Not synchronised.
+/// patience, but for one reading: a file is read on a thread of its own until it answered in time;
+/// from then on it is read at once, which costs no wakeup, until it took too long. Not
+/// synchronised.
 class TimedRead {
  public:
   using Clock = std::chrono::steady_clock;

@@ -56,14 +56,16 @@ std::uint64_t growth(std::uint64_t& last, std::uint64_t now) {
 }  // namespace
 
 ProcStat parseProcStat(std::string_view text) {
+  constexpr std::string_view name = "cpu";
   ProcStat stat;
-  while (text.find('\n') != std::string_view::npos) {
-    auto line = takeLine(text);
-    if (!line.starts_with("cpu")) {
-      stat.complete = true;
+  while (text.size() >= name.size()) {
+    if (!text.starts_with(name)) {
+      stat.complete = true;  // were it only the beginning of a long line
       break;
     }
-    line.remove_prefix(3);
+    if (text.find('\n') == std::string_view::npos) break;
+    auto line = takeLine(text);
+    line.remove_prefix(name.size());
     if (const auto processor = parseLine(line)) stat.processors.push_back(*processor);
   }
   return stat;
