@@ -27,9 +27,9 @@ const TemperatureSensor* packageSensor(const std::vector<TemperatureSensor>& sen
     const auto found = std::find_if(sensors.begin(), sensors.end(), matches);
     return found == sensors.end() ? nullptr : &*found;
   };
-  for (const auto& [chip, label] : packageSensors) {
-    const auto* const sensor = find([&](const TemperatureSensor& each) {
-      return !each.isZone && each.chip == chip && each.label == label;
+  for (const auto& package : packageSensors) {
+    const auto* const sensor = find([&package](const TemperatureSensor& each) {
+      return !each.isZone && each.chip == package.chip && each.label == package.label;
     });
     if (sensor) return sensor;
   }
