@@ -20,6 +20,7 @@
 #include "vantile/watchqueue/watch_queue.h"
 
 #include "fakes/temporary_folder.h"
+#include "watching/real_folders.h"
 
 namespace vantile::testing {
 namespace {
@@ -82,12 +83,15 @@ class Operations {
 /// What is in the folder, as far as the queue has told.
 class Model {
  public:
-  explicit Model(std::string folder) : folder_(std::move(folder)) {
+  Model(std::string folder, std::string sentinel)
+      : folder_(std::move(folder)), sentinel_(std::move(sentinel)) {
     const auto delegate = std::make_shared<FSWatchQueueDelegate>();
     delegate->WatchQueueReceivedNotificationForPath = [this](FSWatchQueue&, const std::string&,
                                                              const std::string& path) {
       ++told;
-      if (path == folder_)
+      if (path == sentinel_)
+        ++sentinels_;
+      else if (path == folder_)
         scan();
       else
         forget(path);  // it was moved out
@@ -104,6 +108,20 @@ class Model {
     };
     queue->setDelegate(delegate);
     queue->addPathNotifyingAbout(folder_, 2);
+    queue->addPathNotifyingAbout(sentinel_, 2);
+  }
+
+  /// Serves until everything that has happened was told, and what came of that: events come in
+  /// order, and what is held back by one comes before the next but one. False when that takes too
+  /// long.
+  bool settle() {
+    for (int round = 0; round < 3; ++round) {
+      const auto before = sentinels_;
+      const auto mark = sentinel_ + "/" + std::to_string(round);
+      if (::rmdir(mark.c_str()) != 0) ::mkdir(mark.c_str(), 0700);
+      if (!serveUntil([&] { return sentinels_ > before; })) return false;
+    }
+    return true;
   }
 
   std::set<std::string> known;
@@ -125,7 +143,8 @@ class Model {
     if (fs::exists(fs::symlink_status(path))) watch(path);
   }
 
-  const std::string folder_;
+  const std::string folder_, sentinel_;
+  int sentinels_ = 0;
 };
 
 std::set<std::string> truth(const std::string& folder) {
@@ -134,10 +153,10 @@ std::set<std::string> truth(const std::string& folder) {
   return names;
 }
 
-/// Serves the main loop while something comes, and until nothing has come for that long.
-void serve(std::chrono::milliseconds quiet) {
+/// Serves what has come to the main loop.
+void serve() {
   pollfd entry = {RunLoop::main().fd(), POLLIN, 0};
-  while (::poll(&entry, 1, static_cast<int>(quiet.count())) == 1) RunLoop::main().dispatch();
+  while (::poll(&entry, 1, 0) == 1) RunLoop::main().dispatch();
 }
 
 void printDifference(const char* what, const std::set<std::string>& in,
@@ -149,20 +168,23 @@ void printDifference(const char* what, const std::set<std::string>& in,
 int run(std::chrono::seconds duration, unsigned seed) {
   const TemporaryFolder disk;
   const auto folder = disk.folder("watched");
-  Model model(folder);
+  Model model(folder, disk.folder("sentinel"));
   Operations operations(folder, disk.folder("elsewhere"), seed);
   std::uint64_t count = 0, quietMoments = 0;
   const auto end = steady_clock::now() + duration;
   while (steady_clock::now() < end) {
     for (auto left = operations.number(2000); left > 0; --left, ++count) {
       operations.one();
-      if (operations.number(16) == 0) serve(std::chrono::milliseconds(0));
+      if (operations.number(16) == 0) serve();
     }
-    // An item may have lost its name and be told of only now; a second look settles it.
-    serve(std::chrono::milliseconds(50));
+    if (!model.settle()) {
+      std::printf("seed %u: after %llu operations nothing is told any more\n", seed,
+                  static_cast<unsigned long long>(count));
+      return 1;
+    }
     ++quietMoments;
     const auto is = truth(folder);
-    if (model.known != is || model.queue->numberOfWatchedPaths() != is.size() + 1) {
+    if (model.known != is || model.queue->numberOfWatchedPaths() != is.size() + 2) {
       std::printf("seed %u: after %llu operations the list is wrong (%u watched, %zu there)\n",
                   seed, static_cast<unsigned long long>(count), model.queue->numberOfWatchedPaths(),
                   is.size());

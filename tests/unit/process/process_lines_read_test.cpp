@@ -39,7 +39,10 @@ TEST_F(ProcessLine, ThatComesLaterCounts) {
 }
 
 TEST_F(ProcessLine, TheHeaderIsNone) {
-  EXPECT_TRUE(isUntouched(*read("")));
+  launch({{"None", "/None.app", 0}});  // what a word is as a number
+  ports.lister->output = "  PID 10.5 20.5 100 200 STAT\n";
+  monitor->updateInfo();
+  EXPECT_TRUE(isUntouched(*reports.back().value().at(0)));
 }
 
 TEST_F(ProcessLine, WithAMarkerBehindTheStateIsLeftOut) {

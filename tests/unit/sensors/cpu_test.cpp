@@ -165,7 +165,7 @@ TEST_F(CpuSample, OneFromInsideADelegateCallIsSkipped) {
 }
 
 TEST_F(CpuSample, TheLockIsHeldOverAllDelegateCalls) {
-  processors.averages = {1, 2, 3};
+  smc.dataSize = 2;
   const auto cpu = monitor();
   Gate gate;
   std::atomic<int> inside = 0;
@@ -175,13 +175,17 @@ TEST_F(CpuSample, TheLockIsHeldOverAllDelegateCalls) {
       EXPECT_EQ(++inside, 1);
     }
   };
-  delegate->loadAverageWith1mWith5mWith15m = [&](float, float, float) {
+  delegate->cpuWithTemperature = [&](double) {  // the last one
     gate.pass();
     --inside;
   };
   std::thread first([&] { cpu->updateInfo(); });
   gate.awaitEntry();
+  const int readBefore = processors.tickReads;
   std::thread second([&] { cpu->updateInfo(); });
+  // It reads before it waits for the lock. Were that free, it would be inside in no time.
+  while (processors.tickReads == readBefore) std::this_thread::yield();
+  for (int chances = 0; chances < 1000; ++chances) std::this_thread::yield();
   gate.open();
   first.join();
   second.join();
