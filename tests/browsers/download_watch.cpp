@@ -17,8 +17,8 @@
 
 #include "vantile/foundation/run_loop.h"
 #include "vantile/platform/linux/browsers.h"
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/linux/standard_folders.h"
+#include "vantile/platform/posix/files.h"
 #include "vantile/utility/utility_ports.h"
 #include "vantile/watchers/shared_watchers.h"
 #include "vantile/watchers/watch_download.h"
@@ -56,7 +56,7 @@ void moveTo(const std::string& home) {
   auto& ports = vantile::WatcherPorts::installed();
   ports.folders = shared;
   ports.browsers = std::make_shared<vantile::LinuxBrowsers>(
-      folders, [](const std::string& path) { return vantile::readFile(path); });
+      folders, [](const std::string& path) { return vantile::contentsOf(path); });
 }
 
 /// Serves the main loop until the standard input ends.

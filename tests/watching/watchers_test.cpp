@@ -11,7 +11,7 @@
 
 #include "vantile/foundation/notification_center.h"
 #include "vantile/platform/linux/browsers.h"
-#include "vantile/platform/linux/kept_file.h"
+#include "vantile/platform/posix/files.h"
 #include "vantile/watchers/shared_watchers.h"
 #include "vantile/watchers/watch_application.h"
 #include "vantile/watchers/watch_download.h"
@@ -36,7 +36,7 @@ class RealWatchers : public RealFolders {
     const auto nothingSet = [](const char*) { return std::optional<std::string>(); };
     ports.browsers =
         std::make_shared<LinuxBrowsers>(XdgFolders(disk.path("home"), nothingSet),
-                                        [](const std::string& path) { return readFile(path); });
+                                        [](const std::string& path) { return contentsOf(path); });
     forgetWatchers();
     downloads->downloadFileCompleted = [this](const std::optional<std::string>& path) {
       completed.push_back(path.value_or("(nil)"));

@@ -82,11 +82,5 @@ TEST_F(KeptFileTest, OneThatCantBeReadIsNothingAndIsOpenedAgain) {
   EXPECT_EQ(file.text(), "a file now");
 }
 
-TEST_F(KeptFileTest, AFileReadOnceIsGivenWhole) {
-  EXPECT_EQ(readFile(folder.file("f", std::string(9000, 'x'))), std::string(9000, 'x'));
-  EXPECT_EQ(readFile(folder.path("none")), std::nullopt);
-  EXPECT_EQ(readFile(folder.path()), std::nullopt);
-}
-
 }  // namespace
 }  // namespace vantile

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "vantile/platform/linux/kept_file.h"
+#include "vantile/platform/posix/files.h"
 
 #include "fakes/temporary_folder.h"
 
@@ -27,7 +27,7 @@ struct LinuxSmcServiceTest : ::testing::Test {
 
   TimedRead::Means means() const {
     TimedRead::Means means;
-    means.read = [](const std::string& path) { return readFile(path, 64); };
+    means.read = [](const std::string& path) { return contentsOf(path, 64); };
     means.now = [] { return TimedRead::Clock::time_point(); };  // every answer comes in time
     means.threads = threads;
     means.patience = std::chrono::milliseconds(1);

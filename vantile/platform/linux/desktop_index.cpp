@@ -1,6 +1,5 @@
 #include "vantile/platform/linux/desktop_index.h"
 
-#include <dirent.h>
 #include <stdlib.h>
 #include <time.h>
 #include <unistd.h>
@@ -10,6 +9,7 @@
 #include <utility>
 
 #include "vantile/platform/linux/desktop_entry.h"
+#include "vantile/platform/linux/folder_entries.h"
 #include "vantile/platform/linux/statx.h"
 #include "vantile/platform/parsers/launch_evidence.h"
 #include "vantile/platform/posix/files.h"
@@ -22,10 +22,6 @@ constexpr int deepest = 8;  // folders that lead in a circle end somewhere
 constexpr std::size_t filesLookedAt = 2;
 constexpr std::size_t mostFolders = 1000;
 constexpr std::size_t mostEntries = 10000;  // any process may claim to be of any file
-
-struct CloseFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
 
 /// The pieces of a list that are not empty.
 std::vector<std::string> piecesOf(std::string_view list) {
@@ -124,10 +120,10 @@ void DesktopIndex::readFolder(const std::string& path, const std::string& identi
   if (folders_.size() >= mostFolders) return;
   const auto modified = modificationOf(path);  // before it is read, so that no change is missed
   folders_.push_back({path, modified.seconds, modified.nanoseconds, isSettled(modified)});
-  const std::unique_ptr<DIR, CloseFolder> listing(::opendir(path.c_str()));
   std::vector<std::string> names;
-  while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr)
-    if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
+  forEachEntry(path, [&names](const dirent& entry) {
+    if (entry.d_name[0] != '.') names.emplace_back(entry.d_name);
+  });
   std::sort(names.begin(), names.end());  // of entries for one program the first one counts
   for (const auto& name : names) {
     const auto at = path + "/" + name;

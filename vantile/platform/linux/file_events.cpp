@@ -9,9 +9,9 @@
 #include <utility>
 
 #include "vantile/platform/linux/inotify_queue.h"
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/linux/statx.h"
 #include "vantile/platform/parsers/text.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -59,7 +59,7 @@ std::optional<FileIdentity> LinuxFileEvents::identity(int watched) {
 }
 
 std::string LinuxFileEvents::limit(const char* name) const {
-  const auto text = readFile(roots_.sysctl + "/" + name).value_or("not told");
+  const auto text = contentsOf(roots_.sysctl + "/" + name).value_or("not told");
   std::string dotted = name;
   std::replace(dotted.begin(), dotted.end(), '/', '.');
   std::string_view rest = text;

@@ -12,10 +12,10 @@
 #include "vantile/foundation/log.h"
 #include "vantile/platform/linux/inotify_queue.h"
 #include "vantile/platform/linux/item_facts.h"
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/linux/watched_items.h"
 #include "vantile/platform/parsers/inotify_watches.h"
 #include "vantile/platform/parsers/text.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -75,13 +75,13 @@ void InotifyQueue::arrive(int watch, std::uint32_t events) {
 /// missed is told all the same.
 void InotifyQueue::lookAtAllAgain() {
   const auto list =
-      readFile(roots_.proc + "/self/fdinfo/" + std::to_string(instance_.get()), longestWatchList);
+      contentsOf(roots_.proc + "/self/fdinfo/" + std::to_string(instance_.get()), longestWatchList);
   const auto alive = parseInotifyWatches(list.value_or(""));
   for (const auto& [watch, state] : watches_) {
     const bool ended = list && !alive.contains(watch);
     arrive(watch, ended ? IN_DELETE_SELF | IN_IGNORED : lostEvents(state));
   }
-  const auto limit = readFile(roots_.sysctl + "/fs/inotify/max_queued_events").value_or("?");
+  const auto limit = contentsOf(roots_.sysctl + "/fs/inotify/max_queued_events").value_or("?");
   auto rest = std::string_view(limit);
   logLine(
       "WatchQueue: file events came faster than they were read and some were lost "

@@ -44,10 +44,4 @@ std::optional<std::string_view> KeptFile::text(std::size_t most) {
   }
 }
 
-std::optional<std::string> readFile(const std::string& path, std::size_t most) {
-  KeptFile file(path);
-  const auto text = file.text(most);
-  return text ? std::optional<std::string>(*text) : std::nullopt;
-}
-
 }  // namespace vantile

@@ -36,7 +36,4 @@ class KeptFile {
   std::vector<char> buffer_;
 };
 
-/// The whole contents of a file that is read once, cut off at about `most` bytes, or nothing.
-std::optional<std::string> readFile(const std::string& path, std::size_t most = KeptFile::longest);
-
 }  // namespace vantile

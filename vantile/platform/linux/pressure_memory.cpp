@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/parsers/meminfo.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -14,14 +14,14 @@ namespace {
 /// The room of the group in `folder`, or nothing where it has no limit.
 std::optional<MemoryRoom> roomOf(const std::string& folder, bool unified) {
   const auto number = [&folder](const char* file) {
-    const auto text = readFile(folder + file);
+    const auto text = contentsOf(folder + file);
     return text ? parseGroupLimit(*text) : std::nullopt;
   };
   auto limit = number(unified ? "/memory.max" : "/memory.limit_in_bytes");
   if (const auto high = unified ? number("/memory.high") : std::nullopt)
     limit = std::min(*high, limit.value_or(*high));  // above it, the group is slowed to a crawl
   const auto usage = number(unified ? "/memory.current" : "/memory.usage_in_bytes");
-  const auto statistics = readFile(folder + "/memory.stat");
+  const auto statistics = contentsOf(folder + "/memory.stat");
   if (!limit) return std::nullopt;
   if (!usage) return MemoryRoom{*limit, 0};  // it may be full
   return groupRoom(*limit, *usage, statistics ? reclaimableCache(*statistics, unified) : 0);
@@ -46,12 +46,12 @@ void LinuxPressureMemory::release(void* block) noexcept {
 }
 
 std::vector<MemoryRoom> LinuxPressureMemory::rooms() const {
-  const auto text = readFile(roots_.proc + "/meminfo");
+  const auto text = contentsOf(roots_.proc + "/meminfo");
   const auto info = text ? parseMeminfo(*text) : Meminfo{};
   if (!info.memTotal || !info.memAvailable) return {};
   std::vector<MemoryRoom> rooms = {{*info.memTotal * 1024, *info.memAvailable * 1024}};
-  const auto groups = readFile(roots_.proc + "/self/cgroup");
-  const auto mounts = readFile(roots_.proc + "/self/mountinfo");
+  const auto groups = contentsOf(roots_.proc + "/self/cgroup");
+  const auto mounts = contentsOf(roots_.proc + "/self/mountinfo");
   if (!groups || !mounts) return rooms;
   for (const auto& group : memoryGroups(*groups, parseMountinfo(*mounts)))
     for (const auto& folder : group.folders)

@@ -12,6 +12,7 @@
 #include "vantile/platform/parsers/cpuinfo.h"
 #include "vantile/platform/parsers/loadavg.h"
 #include "vantile/platform/parsers/text.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -117,7 +118,7 @@ std::vector<double> LinuxProcessors::loadAverages() {
 }
 
 std::optional<std::uint64_t> LinuxProcessors::kilohertz(const char* file) {
-  const auto text = readFile(cpufreq_ + file, allOfAttribute);
+  const auto text = contentsOf(cpufreq_ + file, allOfAttribute);
   const auto number = text ? leadingNumber(*text) : std::nullopt;
   const bool usable =
       number && *number > 0 && *number <= std::numeric_limits<std::uint64_t>::max() / 1000;
@@ -128,7 +129,7 @@ std::optional<std::uint64_t> LinuxProcessors::frequency() {
   auto rate = kilohertz("base_frequency");
   if (!rate) rate = kilohertz("cpuinfo_max_freq");
   if (rate) return *rate * 1000;
-  const auto text = readFile(proc_ + "/cpuinfo");
+  const auto text = contentsOf(proc_ + "/cpuinfo");
   return text ? parseCpuinfo(*text).nominalRate : std::nullopt;
 }
 

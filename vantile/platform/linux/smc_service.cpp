@@ -6,8 +6,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "vantile/platform/linux/first_line.h"
 #include "vantile/platform/linux/folder_entries.h"
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/parsers/text.h"
 
 namespace vantile {
@@ -16,13 +16,10 @@ namespace {
 // Where there is no sensor, or the one that there was does not answer, a driver that is loaded
 // later may bring one.
 constexpr unsigned opensBetweenSearches = 64;
-constexpr std::size_t allOfAttribute = 64;
 
 /// A line of text that a driver gives; empty where it gives none.
 std::string attribute(const std::string& path) {
-  auto text = readFile(path, allOfAttribute).value_or(std::string());
-  text.resize(std::min(text.find_last_not_of(" \n") + 1, text.size()));
-  return text;
+  return firstLineOf(path).value_or(std::string());
 }
 
 /// The paths in `folder` whose names begin so, in order.

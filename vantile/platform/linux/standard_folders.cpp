@@ -5,9 +5,9 @@
 
 #include <utility>
 
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/parsers/user_dirs.h"
 #include "vantile/platform/posix/account.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -53,7 +53,7 @@ std::string XdgFolders::baseFolder(const char* variable, const char* below) cons
 }
 
 std::string XdgFolders::userFolder(const char* variable, const char* below) {
-  const auto text = readFile(preferences() + "/user-dirs.dirs");
+  const auto text = contentsOf(preferences() + "/user-dirs.dirs");
   auto named = text ? parseUserDirs(*text, variable, home_) : std::nullopt;
   return named ? std::move(*named) : belowHome(below);
 }

@@ -5,14 +5,14 @@
 
 #include <algorithm>
 
-#include "vantile/platform/linux/kept_file.h"
 #include "vantile/platform/linux/swap_areas.h"
 #include "vantile/platform/parsers/swaps.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 
 std::optional<std::vector<SwapLine>> LinuxSwapAreas::lines() {
-  const auto text = readFile(roots_.proc + "/swaps");
+  const auto text = contentsOf(roots_.proc + "/swaps");
   return text ? std::optional(parseSwaps(*text)) : std::nullopt;
 }
 
@@ -39,7 +39,7 @@ bool LinuxSwapAreas::isEncrypted(const SwapArea& area) {
   if (::stat(area.path.c_str(), &device) != 0 || !S_ISBLK(device.st_mode)) return false;
   const auto number =
       std::to_string(major(device.st_rdev)) + ":" + std::to_string(minor(device.st_rdev));
-  const auto mapping = readFile(roots_.sys + "/dev/block/" + number + "/dm/uuid");
+  const auto mapping = contentsOf(roots_.sys + "/dev/block/" + number + "/dm/uuid");
   return mapping && mapping->starts_with("CRYPT-");
 }
 

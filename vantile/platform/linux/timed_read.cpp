@@ -4,7 +4,7 @@
 #include <mutex>
 #include <utility>
 
-#include "vantile/platform/linux/kept_file.h"
+#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 
@@ -17,7 +17,7 @@ struct TimedRead::Pending {
 };
 
 TimedRead::TimedRead()
-    : TimedRead(Means{.read = [](const std::string& path) { return readFile(path, 64); }}) {}
+    : TimedRead(Means{.read = [](const std::string& path) { return contentsOf(path, 64); }}) {}
 
 TimedText TimedRead::read(const std::string& path) {
   return path == quick_ ? readHere(path) : readApart(path);

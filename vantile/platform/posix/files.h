@@ -30,8 +30,8 @@ std::chrono::sys_time<std::chrono::nanoseconds> momentOf(std::int64_t seconds,
                                                          std::int64_t nanoseconds);
 
 /// The first `most` bytes of the regular file at `path`, links followed, or nothing. Never waits
-/// for what is no file: a pipe, say.
-std::optional<std::string> contentsOf(const std::string& path, std::size_t most);
+/// for what is no file: a pipe, say. The kernel's files, which tell no size, are read whole, too.
+std::optional<std::string> contentsOf(const std::string& path, std::size_t most = 16u << 20);
 /// As `contentsOf`, of what is called `name` in the folder; a link is no file there.
 std::optional<std::string> beginningOf(int folder, const char* name, std::size_t most,
                                        int flags = O_NOFOLLOW);
