@@ -32,4 +32,10 @@ inline constexpr std::uint32_t handleKey = 2;   ///< the method that takes and g
 inline constexpr std::uint8_t readBytes = 5;    ///< command: the value of a key
 inline constexpr std::uint8_t readKeyInfo = 9;  ///< command: its size and type
 
+// Results of the service, as IOKit numbers them.
+inline constexpr auto badArgument = static_cast<std::int32_t>(0xe00002c2);
+inline constexpr auto unsupported = static_cast<std::int32_t>(0xe00002c7);
+inline constexpr auto notOpen = static_cast<std::int32_t>(0xe00002cd);
+inline constexpr auto notReadable = static_cast<std::int32_t>(0xe00002ce);
+
 }  // namespace vantile::smc

@@ -11,8 +11,6 @@
 namespace vantile {
 namespace {
 
-constexpr std::int32_t badArgument = static_cast<std::int32_t>(0xe00002c2);  // kIOReturnBadArgument
-
 // The process's connection.
 std::atomic<std::uint32_t> conn = 0;
 
@@ -33,7 +31,7 @@ int failed(const char* call, std::int32_t result) {
 }
 
 std::int32_t call(std::uint32_t index, const SMCRecord& in, SMCRecord& out) {
-  std::int32_t result = badArgument;
+  std::int32_t result = smc::badArgument;
   guarded("a call of the SMC", [&] {
     std::size_t size = sizeof out;
     result = service().call(conn, index, in, out, size);
@@ -73,17 +71,17 @@ int SMCOpen() noexcept {
 }
 
 std::int32_t SMCClose() noexcept {
-  std::int32_t result = badArgument;
+  std::int32_t result = smc::badArgument;
   guarded("closing the SMC", [&result] { result = service().close(conn); });
   return result;
 }
 
 std::int32_t SMCCall(std::uint32_t index, const SMCRecord* in, SMCRecord* out) noexcept {
-  return in && out ? call(index, *in, *out) : badArgument;
+  return in && out ? call(index, *in, *out) : smc::badArgument;
 }
 
 std::int32_t SMCReadKey(const char* key, SMCValue* value) noexcept {
-  if (!value) return badArgument;
+  if (!value) return smc::badArgument;
   SMCRecord in = {}, out = {};
   *value = {};
   in.key = _strtoul(key, 4, 16);

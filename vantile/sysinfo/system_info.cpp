@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "vantile/platform/parsers/text.h"
 #include "vantile/sysinfo/system_info_ports.h"
 #include "vantile/utility/strings.h"
 
@@ -12,9 +13,8 @@ namespace {
 /// Whether `piece` is `word`, which is in lower case, in whatever case. No character beyond ASCII
 /// is an "r", a "t" or an "m" in lower case.
 bool isInAnyCase(std::string_view piece, std::string_view word) {
-  return std::equal(piece.begin(), piece.end(), word.begin(), word.end(), [](char byte, char low) {
-    return byte == low || (byte >= 'A' && byte <= 'Z' && byte - 'A' + 'a' == low);
-  });
+  return std::equal(piece.begin(), piece.end(), word.begin(), word.end(),
+                    [](char byte, char low) { return asciiLowered(byte) == low; });
 }
 
 bool isKept(std::string_view piece) {

@@ -197,8 +197,8 @@ TEST_F(LinuxSmcServiceTest, AClosedConnectionTakesNoCalls) {
   EXPECT_EQ(service.close(connection), 0);
   SMCRecord in = {}, out = {};
   std::size_t size = sizeof out;
-  EXPECT_EQ(service.call(connection, 2, in, out, size), smcNotOpen);
-  EXPECT_EQ(service.close(connection), smcNotOpen);
+  EXPECT_EQ(service.call(connection, 2, in, out, size), smc::notOpen);
+  EXPECT_EQ(service.close(connection), smc::notOpen);
 }
 
 TEST_F(LinuxSmcServiceTest, AnAnswerNeedsRoomForARecord) {
@@ -208,7 +208,7 @@ TEST_F(LinuxSmcServiceTest, AnAnswerNeedsRoomForARecord) {
   in.command = smc::readKeyInfo;
   in.key = packed("TC0P");
   std::size_t size = 79;
-  EXPECT_EQ(service.call(connection, 2, in, out, size), smcBadArgument);
+  EXPECT_EQ(service.call(connection, 2, in, out, size), smc::badArgument);
   size = 200;
   EXPECT_EQ(service.call(connection, 2, in, out, size), 0);
   EXPECT_EQ(size, 80u);

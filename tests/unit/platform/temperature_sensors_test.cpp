@@ -145,14 +145,14 @@ TEST_F(SmcAnswer, AKeyThatIsNotThereIsOfSize0) {
 TEST_F(SmcAnswer, WhatCantBeReadOrHeldIsNotReadable) {
   millidegrees = std::nullopt;
   EXPECT_EQ(ask(2, 9), 0);
-  EXPECT_EQ(ask(2, 5), smcNotReadable);
+  EXPECT_EQ(ask(2, 5), smc::notReadable);
   millidegrees = 128'000;
-  EXPECT_EQ(ask(2, 5), smcNotReadable);
+  EXPECT_EQ(ask(2, 5), smc::notReadable);
 }
 
 TEST_F(SmcAnswer, OtherMethodsAndCommandsAreRefused) {
-  EXPECT_EQ(ask(0, 9), smcUnsupported);
-  EXPECT_EQ(ask(2, 6), smcBadArgument);
+  EXPECT_EQ(ask(0, 9), smc::unsupported);
+  EXPECT_EQ(ask(2, 6), smc::badArgument);
 }
 
 }  // namespace

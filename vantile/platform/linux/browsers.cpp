@@ -7,6 +7,7 @@
 
 #include "vantile/platform/linux/statx.h"
 #include "vantile/platform/parsers/firefox_profiles.h"
+#include "vantile/platform/parsers/text.h"
 #include "vantile/platform/posix/files.h"
 
 namespace vantile {
@@ -24,10 +25,6 @@ constexpr const char* firefoxInHome = ".mozilla/firefox";
 
 std::string in(const std::string& folder, std::string_view name) {
   return std::string(folder == "/" ? "" : folder).append("/").append(name);
-}
-
-std::string_view lastComponent(std::string_view path) {
-  return path.substr(path.rfind('/') + 1);
 }
 
 std::string folderAround(const std::string& path) {

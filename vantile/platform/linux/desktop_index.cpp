@@ -12,6 +12,7 @@
 #include "vantile/platform/linux/folder_entries.h"
 #include "vantile/platform/linux/statx.h"
 #include "vantile/platform/parsers/launch_evidence.h"
+#include "vantile/platform/parsers/text.h"
 #include "vantile/platform/posix/files.h"
 
 namespace vantile {
@@ -37,10 +38,6 @@ std::vector<std::string> piecesOf(std::string_view list) {
 std::optional<std::string> resolved(const std::string& path) {
   const std::unique_ptr<char, decltype(&::free)> real(::realpath(path.c_str(), nullptr), &::free);
   return real ? std::optional<std::string>(real.get()) : std::nullopt;
-}
-
-std::string baseName(std::string_view path) {
-  return std::string(path.substr(path.rfind('/') + 1));
 }
 
 struct Modified {
@@ -148,7 +145,7 @@ std::optional<std::size_t> DesktopIndex::add(const std::string& path, bool isIns
   if (!entry) return byPath_[path] = std::nullopt;
   const auto number = entries_.size();
   const bool isShown = entry->isShownIn(desktops_);
-  auto fileName = baseName(path);
+  std::string fileName(lastComponent(path));
   if (fileName.ends_with(ending)) fileName.resize(fileName.size() - ending.size());
   entries_.push_back({path, entry->name.value_or(fileName), isShown});
   if (isInstalled && isShown && entry->command) addProgram(*entry->command, number);
@@ -161,7 +158,7 @@ void DesktopIndex::addProgram(const std::string& command, std::size_t number) {
   // What an entry names may be a link to an interpreter, as alternatives are.
   if (!found || runsOthers(*found)) return;
   if (isScript(*found)) {
-    byScriptName_.try_emplace(baseName(*found), number);
+    byScriptName_.try_emplace(std::string(lastComponent(*found)), number);
   } else {
     byProgram_.try_emplace(*found, number);
   }
@@ -191,7 +188,7 @@ std::optional<std::size_t> DesktopIndex::running(std::string_view executable) co
   const std::string path(executable);
   if (const auto found = byProgram_.find(path); found != byProgram_.end()) return found->second;
   if (runsOthers(executable)) return std::nullopt;
-  const auto script = byScriptName_.find(baseName(executable));
+  const auto script = byScriptName_.find(std::string(lastComponent(executable)));
   return script == byScriptName_.end() ? std::nullopt : std::optional(script->second);
 }
 

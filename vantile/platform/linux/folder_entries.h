@@ -2,8 +2,9 @@
 
 #include <dirent.h>
 
-#include <memory>
 #include <string>
+
+#include "vantile/platform/posix/folder_listing.h"
 
 namespace vantile {
 
@@ -11,10 +12,7 @@ namespace vantile {
 /// folder can't be listed.
 template <class Take>
 bool forEachEntry(const std::string& path, Take take) {
-  struct Close {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-  };
-  const std::unique_ptr<DIR, Close> listing(::opendir(path.c_str()));
+  const FolderListing listing(::opendir(path.c_str()));
   while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr) take(*entry);
   return listing != nullptr;
 }

@@ -5,14 +5,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <limits>
 #include <memory>
 #include <string_view>
 #include <utility>
 
 #include "vantile/platform/linux/process_folder.h"
+#include "vantile/platform/parsers/text.h"
 #include "vantile/platform/posix/account.h"
+#include "vantile/platform/posix/folder_listing.h"
 
 namespace vantile {
 namespace {
@@ -22,18 +23,6 @@ constexpr std::uint64_t turns = 16;
 constexpr std::size_t mostKept = 128;
 constexpr std::size_t longestEnvironment = 256u << 10;
 constexpr std::size_t longestPath = 4096;
-
-struct CloseFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
-std::optional<std::int32_t> pidIn(std::string_view name) {
-  std::int32_t pid = 0;
-  const auto* const end = name.data() + name.size();
-  const auto parsed = std::from_chars(name.data(), end, pid);
-  return parsed.ec == std::errc() && parsed.ptr == end && pid > 0 ? std::optional(pid)
-                                                                  : std::nullopt;
-}
 
 /// A process that ended is there until its parent asks how.
 bool hasEnded(const PidStat& stat) {
@@ -80,7 +69,7 @@ std::optional<std::vector<LaunchedApplication>> LinuxLaunchedApplications::list(
   if (index_.refresh())
     for (auto& [pid, known] : known_) resolve(pid, known);
   // Open until the end: what it lists is opened by way of it.
-  const std::unique_ptr<DIR, CloseFolder> listing(::opendir(proc_.c_str()));
+  const FolderListing listing(::opendir(proc_.c_str()));
   if (!listing) return std::nullopt;
   folder_ = ::dirfd(listing.get());
   takeListing(listing.get());
@@ -109,7 +98,7 @@ void LinuxLaunchedApplications::takeListing(DIR* listing) {
   while (const dirent* const entry = ::readdir(listing)) {
     const char* const name = entry->d_name;
     if (name[0] < '1' || name[0] > '9') continue;
-    if (const auto pid = pidIn(name)) see(*pid, name, entry->d_ino);
+    if (const auto pid = wholeNumber<std::int32_t>(name)) see(*pid, name, entry->d_ino);
   }
   std::erase_if(known_, [this](const auto& each) { return each.second.listed != looks_; });
 }

@@ -1,6 +1,5 @@
 #include "vantile/platform/linux/processors.h"
 
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include "vantile/platform/parsers/loadavg.h"
 #include "vantile/platform/parsers/text.h"
 #include "vantile/platform/posix/files.h"
+#include "vantile/platform/posix/load_averages.h"
 
 namespace vantile {
 namespace {
@@ -111,10 +111,7 @@ std::optional<TaskCounts> LinuxProcessors::tasks() {
 }
 
 std::vector<double> LinuxProcessors::loadAverages() {
-  std::vector<double> averages(3);
-  const int given = ::getloadavg(averages.data(), 3);
-  averages.resize(static_cast<std::size_t>(std::clamp(given, 0, 3)));
-  return averages;
+  return givenLoadAverages();
 }
 
 std::optional<std::uint64_t> LinuxProcessors::kilohertz(const char* file) {

@@ -97,7 +97,7 @@ SmcOpening LinuxSmcService::open() {
 
 std::int32_t LinuxSmcService::close(std::uint32_t connection) {
   const std::lock_guard lock(mutex_);
-  return connections_.erase(connection) > 0 ? 0 : smcNotOpen;
+  return connections_.erase(connection) > 0 ? 0 : smc::notOpen;
 }
 
 std::optional<std::int64_t> LinuxSmcService::read(std::uint32_t key) {
@@ -131,8 +131,8 @@ void LinuxSmcService::lose(const std::string& file) {
 std::int32_t LinuxSmcService::call(std::uint32_t connection, std::uint32_t index,
                                    const SMCRecord& in, SMCRecord& out, std::size_t& size) {
   const std::lock_guard lock(mutex_);
-  if (!connections_.contains(connection)) return smcNotOpen;
-  if (size < sizeof out) return smcBadArgument;
+  if (!connections_.contains(connection)) return smc::notOpen;
+  if (size < sizeof out) return smc::badArgument;
   size = sizeof out;
   return answerSmcCall(
       index, in, out,

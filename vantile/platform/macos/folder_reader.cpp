@@ -9,13 +9,10 @@
 #include "vantile/platform/macos/status.h"
 #include "vantile/platform/posix/descriptor.h"
 #include "vantile/platform/posix/files.h"
+#include "vantile/platform/posix/folder_listing.h"
 
 namespace vantile {
 namespace {
-
-struct CloseListing {
-  void operator()(DIR* listing) const { ::closedir(listing); }
-};
 
 class MacosFolder final : public OpenFolder {
  public:
@@ -55,7 +52,7 @@ class MacosFolder final : public OpenFolder {
   FileKind kindOfEntry(const dirent& entry);
 
   const Descriptor folder_;
-  std::unique_ptr<DIR, CloseListing> listing_;
+  FolderListing listing_;
   bool ended_ = false;
   bool failed_ = false;  // told once the entries up to there were
 };

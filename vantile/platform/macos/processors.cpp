@@ -1,13 +1,13 @@
 #include "vantile/platform/macos/processors.h"
 
 #include <mach/mach.h>
-#include <stdlib.h>
 #include <sys/sysctl.h>
 
 #include <algorithm>
 #include <mutex>
 
 #include "vantile/platform/macos/host_right.h"
+#include "vantile/platform/posix/load_averages.h"
 
 namespace vantile {
 namespace {
@@ -93,10 +93,7 @@ std::optional<TaskCounts> MacosProcessors::tasks() {
 }
 
 std::vector<double> MacosProcessors::loadAverages() {
-  std::vector<double> averages(3);
-  const int given = ::getloadavg(averages.data(), 3);
-  averages.resize(static_cast<std::size_t>(std::clamp(given, 0, 3)));
-  return averages;
+  return givenLoadAverages();
 }
 
 }  // namespace

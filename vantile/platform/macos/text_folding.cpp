@@ -1,14 +1,14 @@
 #include "vantile/platform/text_folding.h"
 
 #include "vantile/platform/macos/core_foundation.h"
+#include "vantile/platform/parsers/text.h"
 
 namespace vantile {
 namespace {
 
 std::string withAsciiLowered(std::string_view text) {
   std::string lowered(text);
-  for (char& byte : lowered)
-    if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+  for (char& byte : lowered) byte = asciiLowered(byte);
   return lowered;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "vantile/platform/parsers/text.h"
+
 namespace vantile {
 namespace {
 
@@ -32,10 +34,6 @@ constexpr std::array<std::string_view, 22> placeholders = {
     "03000200-0400-0500-0006-000700080009",  // the one identifier of many a board
 };
 
-char lowered(char byte) {
-  return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
-
 /// Whether it is one of the characters of never-written memory and fields, again and again.
 bool isFilling(std::string_view text) {
   constexpr std::string_view fillings = "0f.*";
@@ -57,7 +55,7 @@ std::optional<std::string> firmwareText(std::string_view text) {
   text = text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 
   std::string low(text);
-  std::transform(low.begin(), low.end(), low.begin(), lowered);
+  std::transform(low.begin(), low.end(), low.begin(), asciiLowered);
   const bool isPlaceholder = isFilling(low) || std::find(placeholders.begin(), placeholders.end(),
                                                          low) != placeholders.end();
   return isPlaceholder ? std::nullopt : std::optional<std::string>(text);

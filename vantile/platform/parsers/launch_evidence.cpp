@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 #include "vantile/platform/parsers/text.h"
 
@@ -90,10 +89,6 @@ std::optional<std::string> takeWord(std::string_view& line) {
   return word;
 }
 
-std::string_view baseName(std::string_view path) {
-  return path.substr(path.rfind('/') + 1);  // npos + 1 is 0
-}
-
 }  // namespace
 
 std::optional<ApplicationUnit> applicationUnitOf(std::string_view cgroupText) {
@@ -105,7 +100,7 @@ std::optional<ApplicationUnit> applicationUnitOf(std::string_view cgroupText) {
     // An application may make groups of its own below its unit.
     for (auto path = line.substr(second + 1); path.find('/') != std::string_view::npos;
          path = path.substr(0, path.rfind('/'))) {
-      if (auto unit = unitNamed(baseName(path))) {
+      if (auto unit = unitNamed(lastComponent(path))) {
         unit->group = path;
         return unit;
       }
@@ -124,11 +119,7 @@ std::optional<DesktopLaunch> desktopLaunchOf(std::string_view environment) {
     if (variable.starts_with(entryName)) {
       launch.entry = variable.substr(entryName.size());
     } else if (variable.starts_with(pidName)) {
-      const auto text = variable.substr(pidName.size());
-      const auto* const end = text.data() + text.size();
-      std::int32_t pid = 0;
-      const auto parsed = std::from_chars(text.data(), end, pid);
-      launch.pid = parsed.ec == std::errc() && parsed.ptr == end ? pid : 0;
+      launch.pid = wholeNumber<std::int32_t>(variable.substr(pidName.size())).value_or(0);
     }
   }
   const bool isLaunch = launch.entry.starts_with('/') && launch.pid > 0;
@@ -150,7 +141,7 @@ bool runsOthers(std::string_view program) {
                                 "su",       "sudo",        "tclsh",
                                 "wine",     "wish",        "x-terminal-emulator",
                                 "xdg-open", "zsh"};
-  auto name = baseName(program);
+  auto name = lastComponent(program);
   // python3.11 and the like
   name = name.substr(0, name.find_last_not_of("0123456789.-") + 1);
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -158,7 +149,7 @@ bool runsOthers(std::string_view program) {
 
 std::optional<std::string> programOf(std::string_view commandLine) {
   auto word = takeWord(commandLine);
-  if (word && baseName(*word) == "env") {
+  if (word && lastComponent(*word) == "env") {
     do {
       word = takeWord(commandLine);
     } while (word && (word->find('=') != std::string::npos || word->starts_with('-')));

@@ -1,7 +1,6 @@
 #include "vantile/platform/parsers/process_lines.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 
 #include "vantile/platform/parsers/text.h"
@@ -53,10 +52,8 @@ std::vector<std::int32_t> parsePidList(std::string_view list) {
   while (!list.empty()) {
     const auto piece = list.substr(0, list.find(','));
     list.remove_prefix(std::min(piece.size() + 1, list.size()));
-    std::int32_t pid = 0;
-    const auto* const end = piece.data() + piece.size();
-    const auto parsed = std::from_chars(piece.data(), end, pid);
-    if (parsed.ec == std::errc() && parsed.ptr == end && pid > 0) pids.push_back(pid);
+    const auto pid = wholeNumber<std::int32_t>(piece).value_or(0);
+    if (pid > 0) pids.push_back(pid);
   }
   return pids;
 }

@@ -64,8 +64,8 @@ std::optional<std::array<std::uint8_t, 2>> sp78OfMillidegrees(std::int64_t milli
 
 std::int32_t answerSmcCall(std::uint32_t index, const SMCRecord& in, SMCRecord& out,
                            const SmcKeys& keys) {
-  if (index != smc::handleKey) return smcUnsupported;
-  if (in.command != smc::readKeyInfo && in.command != smc::readBytes) return smcBadArgument;
+  if (index != smc::handleKey) return smc::unsupported;
+  if (in.command != smc::readKeyInfo && in.command != smc::readBytes) return smc::badArgument;
   out = {};
   out.key = in.key;
   if (!keys.has(in.key)) return 0;  // a key that is not there is of size 0
@@ -77,7 +77,7 @@ std::int32_t answerSmcCall(std::uint32_t index, const SMCRecord& in, SMCRecord& 
   }
   const auto millidegrees = keys.millidegrees(in.key);
   const auto bytes = millidegrees ? sp78OfMillidegrees(*millidegrees) : std::nullopt;
-  if (!bytes) return smcNotReadable;
+  if (!bytes) return smc::notReadable;
   out.dataSize = size;
   std::copy(bytes->begin(), bytes->end(), out.bytes);
   return 0;

@@ -51,10 +51,4 @@ struct SmcKeys {
 std::int32_t answerSmcCall(std::uint32_t index, const SMCRecord& in, SMCRecord& out,
                            const SmcKeys& keys);
 
-/// Results of the service, as IOKit numbers them.
-inline constexpr auto smcBadArgument = static_cast<std::int32_t>(0xe00002c2);
-inline constexpr auto smcUnsupported = static_cast<std::int32_t>(0xe00002c7);
-inline constexpr auto smcNotOpen = static_cast<std::int32_t>(0xe00002cd);
-inline constexpr auto smcNotReadable = static_cast<std::int32_t>(0xe00002ce);
-
 }  // namespace vantile

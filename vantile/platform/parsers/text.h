@@ -1,10 +1,13 @@
 #pragma once
 
+#include <charconv>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace vantile {
@@ -12,6 +15,26 @@ namespace vantile {
 /// The unsigned decimal number that `text` begins with after spaces and tabs; nothing where there
 /// is none or it does not fit.
 std::optional<std::uint64_t> leadingNumber(std::string_view text);
+
+/// The number that all of `text` is in decimal; nothing where that is more or other, or does not
+/// fit.
+template <std::integral Number>
+std::optional<Number> wholeNumber(std::string_view text) {
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto parsed = std::from_chars(text.data(), end, number);
+  return parsed.ec == std::errc() && parsed.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+/// The byte in lower case where it is a capital letter of ASCII.
+constexpr char asciiLowered(char byte) {
+  return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+/// What stands behind the path's last slash.
+constexpr std::string_view lastComponent(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);  // npos + 1 is 0
+}
 
 /// The words of `line` between runs of spaces and tabs.
 std::vector<std::string_view> words(std::string_view line);
