@@ -21,7 +21,9 @@ class FakeLaunchedApplications final : public LaunchedApplications {
 
   std::optional<std::vector<LaunchedApplication>> applications;  ///< nothing: no answer
   std::function<void()> onList;
-  int lists = 0;
+  void rest() override { ++rests; }
+
+  int lists = 0, rests = 0;
 };
 
 /// A tool that prints what a test says.

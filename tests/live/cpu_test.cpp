@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sched.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -187,6 +188,49 @@ TEST_F(LiveCpu, AllProcessorsAreToldOfWhereThisThreadMayUseOne) {
   ASSERT_EQ(::sched_setaffinity(0, sizeof allowed, &allowed), 0);
   EXPECT_GE(cores.size(), processorColumns().size());
   EXPECT_EQ(limited->getNumberOfCPUs(), static_cast<std::int32_t>(processorColumns().size()));
+}
+
+/// A group of processes that may use one processor's time in all, gone at the test's end.
+class QuotaGroup {
+ public:
+  QuotaGroup() {
+    const auto name = "/vantile-test-" + std::to_string(::getpid());
+    for (const std::string hierarchy : {"", "/cpu", "/cpu,cpuacct"}) {
+      path_ = "/sys/fs/cgroup" + hierarchy + name;
+      if (::mkdir(path_.c_str(), 0755) != 0) continue;
+      if (write("/cpu.max", "100000 100000") ||
+          (write("/cpu.cfs_period_us", "100000") && write("/cpu.cfs_quota_us", "100000")))
+        return;
+      ::rmdir(path_.c_str());
+    }
+    path_.clear();
+  }
+  ~QuotaGroup() {
+    if (!path_.empty()) ::rmdir(path_.c_str());
+  }
+  QuotaGroup(const QuotaGroup&) = delete;
+  QuotaGroup& operator=(const QuotaGroup&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  bool write(const char* file, const char* text) const {
+    std::ofstream to(path_ + file);
+    return to.is_open() && (to << text).flush().good();
+  }
+  std::string path_;
+};
+
+TEST_F(LiveCpu, AQuotaLeavesCountsAndUseThoseOfTheMachine) {
+  const QuotaGroup group;
+  if (group.path().empty()) GTEST_SKIP() << "no group with a quota can be made here";
+  // The tests above, by a process within the quota.
+  const auto inside = run("echo $$ > " + group.path() + "/cgroup.procs && exec /proc/" +
+                          std::to_string(::getpid()) +
+                          "/exe --gtest_filter='LiveCpu.AllProcessorsAre*:LiveCpu.UsageUnderLoad*:"
+                          "LiveCpu.ProcessorsAreAsMany*'");
+  EXPECT_EQ(inside.status, 0) << inside.text;
+  EXPECT_NE(inside.text.find("3 tests from"), std::string::npos) << inside.text;
 }
 
 TEST_F(LiveCpu, TasksAreTheProcessesOfPs) {

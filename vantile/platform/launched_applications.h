@@ -31,6 +31,10 @@ class LaunchedApplications {
   /// the pid of its first process, the entry's name in the user's language, and the entry's path.
   /// Throws a std::exception when the desktop refuses with one of its own.
   virtual std::optional<std::vector<LaunchedApplication>> list() = 0;
+
+  /// Lets go of what is kept open for the next `list`, which may be long in coming.
+  /// macOS: nothing. Linux: the descriptors of applications' processes.
+  virtual void rest() {}
 };
 
 /// The user's desktop's, shared by the process.

@@ -27,7 +27,9 @@ ProcessStats::ProcessStats(ProcessPorts ports)
     : ports_(std::make_unique<const ProcessPorts>(std::move(ports))),
       _psRegex(ports_->patterns->compile(linePattern)) {}
 
-ProcessStats::~ProcessStats() = default;
+ProcessStats::~ProcessStats() {
+  guarded("the end of a process monitor", [this] { ports_->applications->rest(); });
+}
 
 std::shared_ptr<const TextPattern> ProcessStats::psRegex() const {
   const std::lock_guard lock(patternLock_);

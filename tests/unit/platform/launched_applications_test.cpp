@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <map>
 
 #include "fakes/temporary_folder.h"
@@ -87,6 +89,21 @@ struct LinuxLaunched : ::testing::Test {
       },
       recent};
 };
+
+std::ptrdiff_t openDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+TEST_F(LinuxLaunched, RestsWithoutADescriptor) {
+  const auto before = openDescriptors();
+  process(41);
+  launched(41, entryPath("mail"), 41);
+  (void)namesInTime();
+  EXPECT_GT(openDescriptors(), before);
+  applications.rest();
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(names(), (Found{{41, "The mail"}}));
+}
 
 TEST_F(LinuxLaunched, WithoutProcThereIsNoAnswer) {
   folder.remove("proc");

@@ -33,6 +33,13 @@ TEST_F(ProcessSample, EndsWithTheMonitor) {
   EXPECT_EQ(calls, 0);
 }
 
+TEST_F(ProcessSample, LetsTheDesktopRestAtTheMonitorsEnd) {
+  loop.advance(seconds(2));
+  EXPECT_EQ(ports.applications->rests, 0);
+  monitor.reset();
+  EXPECT_EQ(ports.applications->rests, 1);
+}
+
 TEST_F(ProcessSample, MonitorsAreEachAHostsOwn) {
   EXPECT_NE(ProcessStats::init(), monitor);
 }

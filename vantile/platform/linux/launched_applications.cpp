@@ -92,6 +92,12 @@ std::optional<std::vector<LaunchedApplication>> LinuxLaunchedApplications::list(
   return applications;
 }
 
+void LinuxLaunchedApplications::rest() {
+  const std::lock_guard lock(mutex_);
+  for (auto& [pid, known] : known_) known.file = {};
+  kept_ = 0;
+}
+
 void LinuxLaunchedApplications::takeListing(DIR* listing) {
   ++looks_;
   recent_.begin();

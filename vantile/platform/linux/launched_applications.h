@@ -41,6 +41,7 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
                             DesktopIndex::Environment environment, RecentStats& recent);
 
   std::optional<std::vector<LaunchedApplication>> list() override;
+  void rest() override;
 
  private:
   /// By what another program in the same process is seen.
