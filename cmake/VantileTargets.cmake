@@ -27,7 +27,7 @@ if(VANTILE_SANITIZE)
                               -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vantile_options INTERFACE -fsanitize=${VANTILE_SANITIZE})
 endif()
-if(VANTILE_FUZZ)
+if(VANTILE_FUZZ AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(vantile_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined
                                                    -fno-sanitize-recover=all)
   target_link_options(vantile_options INTERFACE -fsanitize=address,undefined)

@@ -78,8 +78,3 @@ std::string asKernelWrites(std::string_view name) {
 }
 
 }  // namespace vantile::fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  vantile::fuzz::consume({reinterpret_cast<const char*>(data), size});
-  return 0;
-}
