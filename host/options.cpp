@@ -20,12 +20,12 @@ constexpr const char* summary =
 
 constexpr const char* examples =
     "Examples:\n"
-    "  vantile-host                              the dashboard\n"
-    "  vantile-host stream --interval 5          a sample every five seconds, until Ctrl-C\n"
-    "  vantile-host stream --count 1 | jq '.arguments[0].memory_used'\n"
-    "  vantile-host watch downloads              a line for each download that finishes\n"
-    "  vantile-host clean                        put idle memory to use again\n"
-    "  vantile-host info --json | jq .sysModelID what this machine is\n"
+    "  vantile-host                              # the dashboard\n"
+    "  vantile-host stream --interval 5          # a sample every five seconds, until Ctrl-C\n"
+    "  vantile-host stream --monitors memory --count 1 | jq '.arguments[0].memory_used'\n"
+    "  vantile-host watch downloads              # a line for each download that finishes\n"
+    "  vantile-host clean                        # put idle memory to use again\n"
+    "  vantile-host info --json | jq .sysModelID # what this machine is\n"
     "\n"
     "Exit status:\n"
     "  0      done; also when the reader of the output went away\n"
@@ -51,7 +51,7 @@ constexpr const char* streamSummary =
 constexpr const char* streamExamples =
     "Examples:\n"
     "  vantile-host stream --monitors memory --count 10 > samples.jsonl\n"
-    "  vantile-host stream | jq -c '[.time, .arguments[0].memory_free]'\n"
+    "  vantile-host stream --monitors memory | jq -c '[.time, .arguments[0].memory_free]'\n"
     "\n"
     "Exit status: 0 after the last line or when the reader went away, 1 when a monitor has\n"
     "nothing to read or the output cannot be written, 2 for bad arguments, 128+N by signal N.\n";
@@ -185,8 +185,12 @@ std::variant<Options, UsageError> understood(const Raw& raw, Command command,
 }
 
 /// `inCommand` is the command's name, empty where none was given.
+std::string seeHelp(const std::string& inCommand) {
+  return " (see vantile-host " + (inCommand.empty() ? "" : inCommand + " ") + "--help)";
+}
+
 UsageError unexpected(const std::string& argument, const std::string& inCommand) {
-  const auto help = " (see vantile-host " + (inCommand.empty() ? "" : inCommand + " ") + "--help)";
+  const auto help = seeHelp(inCommand);
   if (argument.starts_with("-")) return {"unknown option '" + argument + "'" + help};
   if (!inCommand.empty()) return {"unexpected argument '" + argument + "'" + help};
   return {"unknown command '" + argument +
@@ -220,8 +224,10 @@ class Grammar {
 
     raw.monitors = joined(known.sampled, ",");
     option(stream, "--monitors", raw.monitors, "LIST",
-           "Separated by commas, of: " + joined(namesOf(known), ", "));
-    option(stream, "--interval", raw.interval, "SECONDS", "Between two samples, 1 to 86400");
+           "Separated by commas, of:\n" + joined(namesOf(known), ", ") +
+               ".\nThose that take samples when none is named");
+    option(stream, "--interval", raw.interval, "SECONDS",
+           "Between two samples, 1 to 86400; 1 when not given");
     option(stream, "--count", raw.count, "N",
            "End after N samples of each monitor; one that only\n"
            "reports changes is done after its first. 0: no end");
@@ -266,7 +272,7 @@ class Grammar {
  private:
   static void option(CLI::App* command, const std::string& name, std::string& target,
                      const std::string& type, const std::string& help) {
-    command->add_option(name, target, help)->type_name(type)->capture_default_str()->take_last();
+    command->add_option(name, target, help)->type_name(type)->take_last();
   }
 
   CLI::App* stream = nullptr;
@@ -286,7 +292,8 @@ std::variant<Options, UsageError> parseOptions(std::span<const std::string> argu
   } catch (const CLI::CallForHelp&) {
     return Options{.command = Command::Print, .monitors = {}, .text = grammar.help()};
   } catch (const CLI::ArgumentMismatch& error) {
-    return UsageError{"option '" + nameOf(error) + "' needs a value (see vantile-host --help)"};
+    return UsageError{"option '" + nameOf(error) + "' needs a value" +
+                      seeHelp(grammar.commandName())};
   } catch (const CLI::ParseError& error) {
     return UsageError{error.what()};
   }

@@ -33,7 +33,7 @@ char32_t likeness(char32_t glyph) {
     // Whether anything stands in the upper half of the cell.
     return (dots & 0x1B) != 0 ? U':' : U'.';
   }
-  if (glyph >= U'█' && glyph <= U'▌') return U'#';
+  if (glyph >= U'█' && glyph <= U'▏') return U'#';
   if (glyph >= 0x2580 && glyph < 0x2600) return glyph == U'■' ? U'*' : U' ';
   return U'?';
 }

@@ -76,7 +76,7 @@ std::string figuresLine(const CpuFigures& now) {
   if (now.hasSensor)
     add((now.celsius ? formatFixed(*now.celsius, 1) : "–") + " °C");
   else
-    add("no temperature sensor");
+    add("no sensor");
   return line;
 }
 

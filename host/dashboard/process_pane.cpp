@@ -128,7 +128,7 @@ std::vector<const ApplicationRow*> ApplicationsPane::ordered() const {
 void ApplicationsPane::draw(Region region, std::int32_t) const {
   if (!figures_->known()) return drawWaiting(region);
   if (figures_->rows().empty()) {
-    region.text(0, 0, clipped("no application is running", region.width()), faint);
+    region.text(0, 0, clipped("no application of the desktop is running", region.width()), faint);
     return;
   }
   const auto shown = shownColumns(region.width());

@@ -232,6 +232,12 @@ std::optional<KeyPress> CursesTerminal::key() {
   }
 }
 
+/// Whether the terminal can be told where to draw.
+bool cursorMoves() {
+  const char* const address = tigetstr("cup");
+  return address && address != reinterpret_cast<const char*>(-1);
+}
+
 }  // namespace
 
 std::unique_ptr<Terminal> Terminal::open() {
@@ -240,6 +246,11 @@ std::unique_ptr<Terminal> Terminal::open() {
   OutputFile output(openOutput());
   SCREEN* const screen = output ? newterm(nullptr, output.get(), stdin) : nullptr;
   if (!screen) return nullptr;
+  if (!cursorMoves()) {  // "dumb", say
+    endwin();
+    delscreen(screen);
+    return nullptr;
+  }
   return std::make_unique<CursesTerminal>(std::move(rescuer), std::move(output), screen);
 }
 

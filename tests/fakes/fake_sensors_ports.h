@@ -49,12 +49,14 @@ class FakeProcessors final : public Processors {
 class FakeSmcService final : public SmcService {
  public:
   SmcOpening open() override {
+    if (++connections > 1) overlapped = true;
     log.push_back("open");
     if (throws) throw std::runtime_error("out of order");
     return opening;
   }
   std::int32_t close(std::uint32_t connection) override {
     log.push_back("close " + std::to_string(connection));
+    --connections;
     return closeResult;
   }
   std::int32_t call(std::uint32_t connection, std::uint32_t index, const SMCRecord& in,
@@ -64,7 +66,10 @@ class FakeSmcService final : public SmcService {
     given.push_back(out);
     rooms.push_back(size);
     const bool info = in.command == 9;
-    if (const auto result = info ? infoResult : readResult; result != 0) return result;
+    if (const auto result = info ? infoResult : readResult; result != 0) {
+      std::memset(&out, 0x55, sizeof out);  // what a failed call leaves counts for nothing
+      return result;
+    }
     if (info) {
       out.dataSize = dataSize;
       out.dataType = dataType;
@@ -76,6 +81,8 @@ class FakeSmcService final : public SmcService {
 
   SmcOpening opening = {.found = true, .connection = 41};
   bool throws = false;
+  std::atomic<int> connections = 0;
+  std::atomic<bool> overlapped = false;  ///< one was opened while another one was open
   std::int32_t closeResult = 0, infoResult = 0, readResult = 0;
   std::uint32_t dataSize = 2, dataType = 0x73703738;  // "sp78"
   std::vector<std::uint8_t> bytes;                    ///< at most 32

@@ -54,7 +54,7 @@ TEST(HostCanvas, AnAsciiTerminalGetsLikenesses) {
   Canvas canvas({10, 1});
   canvas.region().text(0, 0, "╭─│█▎⣿⣀é■…");
   canvas.makeAscii();
-  EXPECT_EQ(canvas.rows(), (Rows{"+-|# :.?*."}));
+  EXPECT_EQ(canvas.rows(), (Rows{"+-|##:.?*."}));
 }
 
 TEST(HostCanvas, ANegativeSizeIsEmpty) {

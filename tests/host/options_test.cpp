@@ -135,7 +135,7 @@ TEST(HostOptions, ACountIsAWholeNumber) {
 
 TEST(HostOptions, AnOptionWithoutItsValueIsNamed) {
   EXPECT_EQ(errorOf({"stream", "--interval"}),
-            "option '--interval' needs a value (see vantile-host --help)");
+            "option '--interval' needs a value (see vantile-host stream --help)");
 }
 
 TEST(HostOptions, AnUnknownWordIsNamedForWhatItWouldBe) {

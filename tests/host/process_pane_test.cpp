@@ -53,8 +53,12 @@ TEST_F(HostApplications, SayThatTheyWaitBeforeTheFirstSample) {
 
 TEST_F(HostApplications, SayThatNoneIsRunning) {
   takeThree();
-  figures->take({"process", "updateProcessStaus", {std::nullopt}});
-  EXPECT_TRUE(contains(drawn(pane, {60, 4}), "no application is running"));
+  for (const auto& none :
+       {std::optional<Value>(), std::optional<Value>(std::make_shared<Array>())}) {
+    takeThree();
+    figures->take({"process", "updateProcessStaus", {none}});
+    EXPECT_TRUE(contains(drawn(pane, {60, 4}), "no application of the desktop is running"));
+  }
 }
 
 TEST_F(HostApplications, AreATable) {

@@ -24,7 +24,7 @@ refuses "unknown option '--verbose' (see vantile-host --help)" --verbose
 refuses "unknown command 'strem' (known: stream, watch, clean, info; see vantile-host --help)" strem
 refuses "unexpected argument 'all' (see vantile-host info --help)" info all
 refuses "unknown option '--json' (see vantile-host stream --help)" stream --json
-refuses "option '--count' needs a value (see vantile-host --help)" stream --count
+refuses "option '--count' needs a value (see vantile-host stream --help)" stream --count
 
 "$HOST" stream --monitors "$(printf 'a\nb')" 2>"$WORK/err"
 check "a line break in an argument stays out of the message" [ "$(wc -l <"$WORK/err")" -eq 1 ]

@@ -37,7 +37,8 @@ class Processors {
   /// Processes and threads, or nothing when the system refuses them.
   /// macOS: processor_set_statistics of the default set, PROCESSOR_SET_LOAD_INFO: Mach tasks.
   /// Linux: the links of /proc, one a process beside those of its other folders, and the last
-  /// number of /proc/loadavg's "running/all". Both are the machine's, in a container too.
+  /// number of /proc/loadavg's "running/all". Where /proc has no such links its folders are
+  /// counted, which in a container are the container's; the threads are the machine's there too.
   virtual std::optional<TaskCounts> tasks() = 0;
 
   /// The load averages of 1, 5 and 15 minutes, as many as the system gives. getloadavg.

@@ -30,7 +30,7 @@ class VANTILE_API ProcessInfo final {
 
   /// Percent of one processor, so 250 for two and a half. macOS: as ps counts it. Linux: over the
   /// time since the process was last sampled, by whichever monitor, at its first sample over its
-  /// life.
+  /// life. Within a tenth of a second of the last sample that one's share is repeated.
   double cpu() const { return _cpu; }
   void setCpu(double percent) { _cpu = percent; }
   /// Percent of the physical memory.

@@ -21,8 +21,9 @@ struct ProcessListing;
 
 /// Told of samples of the running applications. The operation may be left empty.
 struct ProcessStatsDelegate {
-  /// The running applications, in no order, or null when there are none. The list is the callee's
-  /// to read during the call, its records to keep. Called on the thread that samples.
+  /// The running applications, in no order, or null when there are none or the desktop does not
+  /// tell. The list is the callee's to read during the call, its records to keep. Called on the
+  /// thread that samples.
   std::function<void(const std::vector<std::shared_ptr<ProcessInfo>>* processes)>
       updateProcessStaus;
 };
@@ -41,9 +42,13 @@ class VANTILE_API ProcessStats final : public Monitor<ProcessStatsDelegate> {
   ProcessStats(const ProcessStats&) = delete;
   ProcessStats& operator=(const ProcessStats&) = delete;
 
+  /// Takes one sample. It ends untold when the process list can't be run, with a line in the log,
+  /// or when that succeeds, silently. Any thread, several at once, too; one from inside a delegate
+  /// call is taken.
   void updateInfo(const Timer* firing = nullptr) override;
 
-  /// By what a line of the process list is read. Any thread.
+  /// By what a line of the process list is read: its groups are the pid, the shares of processor
+  /// and memory, the two sizes and the state. With null no line is read. Any thread.
   std::shared_ptr<const TextPattern> psRegex() const;
   void setPsRegex(std::shared_ptr<const TextPattern> pattern);
 

@@ -25,7 +25,8 @@ struct CPUDelegate {
   /// Nice work is the user's. All three are 0 where its counters did not move.
   std::function<void(std::uint32_t core, float system, float user, float idle)>
       cpuUsedWithCoreWithSystemWithUserWithIdle;
-  /// Once, of all processors together.
+  /// Once, of all processors together. One whose counters did not move counts as a tick of nothing.
+  /// macOS: a counter that went backwards makes a part huge, here and above.
   std::function<void(float system, float user, float idle)> cpuUsedWithSystemWithUserWithIdle;
   /// How many tasks and threads there are. Linux: processes and threads.
   std::function<void(std::int32_t tasks, std::int32_t threads)>

@@ -8,7 +8,9 @@
 
 /// Access to the System Management Controller: functions of C linkage that share the process's one
 /// connection to it. On Linux the processor's temperature sensor answers in its place. None throws.
-/// They do no locking: one thread at a time, and not while a `CPUStatus` samples.
+/// They do no locking: one thread at a time, and not while a `CPUStatus` samples. Each open is to
+/// be closed before the next one, which would leave the connection before it open for good. A null
+/// argument gives kIOReturnBadArgument (0xe00002c2).
 ///
 /// Keys and types are four ASCII characters, packed into a number with the first one highest. Of a
 /// text no more is read than up to its NUL.
@@ -26,7 +28,8 @@ struct SMCValue {
 /// Opens the connection. 0, or 1 on a failure, of which it prints a line to standard output.
 VANTILE_API int SMCOpen(void) noexcept;
 
-/// Closes the connection. The kernel's result, 0 for success.
+/// Closes the connection. The kernel's result, 0 for success, that of a bad connection where none
+/// is open.
 VANTILE_API std::int32_t SMCClose(void) noexcept;
 
 /// Calls method `index` with one record and for one record. The kernel's result, 0 for success.

@@ -42,7 +42,8 @@ class VANTILE_API KVDSystemInfo final {
   Number _numControlEntry(const std::string& name) const;
   /// A processor's brand text without marks, model numbers and clock rate: its alphanumeric
   /// pieces up to "CPU", but for "R", "TM" and those that begin with a digit, with single spaces
-  /// in between. "Intel(R) Core(TM) i7-4770 CPU @ 3.40GHz" becomes "Intel Core i7".
+  /// in between. "Intel(R) Core(TM) i7-4770 CPU @ 3.40GHz" becomes "Intel Core i7"; newer brands
+  /// come out odd, "13th Gen Intel(R) Core(TM) i7-1355U" as "Gen Intel Core i7".
   Text _parseBrandName(const Text& brand) const;
   /// The system's version. macOS: "10.9.4 (13E28)", from the kernel's release 13.4.0 and its build,
   /// the first number always 10 and the second 4 less than the kernel's. Linux: the distribution's
@@ -58,7 +59,8 @@ class VANTILE_API KVDSystemInfo final {
   const Text& sysName() const { return _sysName; }
   void setSysName(Text name) { _sysName = std::move(name); }
 
-  /// The login name of the user that the process runs as.
+  /// The login name of the user who started the process: a program that runs as another (set-uid)
+  /// has its caller's.
   const Text& sysUserName() const { return _sysUserName; }
   void setSysUserName(Text name) { _sysUserName = std::move(name); }
 

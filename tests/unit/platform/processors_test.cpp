@@ -94,6 +94,8 @@ TEST_F(LinuxProcessorsTest, TasksAreTheFoldersOfProcessesAndThreadsAreOfLoadavg)
   EXPECT_EQ(processors.tasks(), (TaskCounts{4, 89}));
   folder.remove("proc/1");
   EXPECT_EQ(processors.tasks(), (TaskCounts{3, 89}));
+  folder.file("proc/5");  // no link of a folder's, and nothing was listed to see it
+  EXPECT_EQ(processors.tasks(), (TaskCounts{3, 89}));
 }
 
 TEST_F(LinuxProcessorsTest, LinksAreNoFolders) {
@@ -116,6 +118,7 @@ TEST_F(LinuxProcessorsTest, AFolderThatComesLaterIsNoProcessForLong) {
   folder.folder("proc/1");
   (void)processors.tasks();
   folder.folder("proc/asound");
+  EXPECT_EQ(processors.tasks()->tasks, 2);
   for (int reading = 0; reading < 256; ++reading) (void)processors.tasks();
   EXPECT_EQ(processors.tasks()->tasks, 1);
 }

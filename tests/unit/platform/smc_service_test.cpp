@@ -179,6 +179,7 @@ TEST_F(LinuxSmcServiceTest, ASensorThatComesLaterIsFoundBeforeLong) {
   EXPECT_FALSE(service.open().found);  // not looked for each time
   int opens = 1;
   while (!service.open().found && opens < 1000) ++opens;
+  EXPECT_GE(opens, 32);
   EXPECT_LE(opens, 64);
 }
 
@@ -199,6 +200,15 @@ TEST_F(LinuxSmcServiceTest, AClosedConnectionTakesNoCalls) {
   std::size_t size = sizeof out;
   EXPECT_EQ(service.call(connection, 2, in, out, size), smc::notOpen);
   EXPECT_EQ(service.close(connection), smc::notOpen);
+}
+
+TEST_F(LinuxSmcServiceTest, ConnectionsAreClosedEachByItself) {
+  coretemp("50000");
+  const auto one = service.open().connection, other = service.open().connection;
+  EXPECT_NE(one, other);
+  EXPECT_EQ(service.close(one), 0);
+  EXPECT_EQ(service.close(one), smc::notOpen);
+  EXPECT_EQ(service.close(other), 0);
 }
 
 TEST_F(LinuxSmcServiceTest, AnAnswerNeedsRoomForARecord) {

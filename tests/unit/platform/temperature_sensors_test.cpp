@@ -130,6 +130,7 @@ TEST_F(SmcAnswer, AKeyIsTwoBytesOfSp78) {
 
 TEST_F(SmcAnswer, ItsBytesStandHighestFirst) {
   EXPECT_EQ(ask(2, 5), 0);
+  EXPECT_EQ(out.dataSize, 2u);
   EXPECT_EQ(out.bytes[0], 0x3a);
   EXPECT_EQ(out.bytes[1], 0x40);
   EXPECT_EQ(out.bytes[2], 0);

@@ -1,6 +1,8 @@
 #include "vantile/process/process_stats.h"
 
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 
 #include "unit/process/process_fixture.h"
 
@@ -181,6 +183,26 @@ TEST_F(ProcessSample, MayBeAskedForFromItsOwnDelegateCall) {
   nested = 0;
   monitor->updateInfo();
   EXPECT_EQ(nested, 2);
+}
+
+TEST_F(ProcessSample, MayBeTakenOnSeveralThreadsAtOnceWhileThePatternIsSet) {
+  launch({{"Mail", "/Mail.app", 41}});
+  ports.lister->output = "41 1.0 2.0 3 4 S\n";
+  std::atomic<int> whole = 0;
+  delegate->updateProcessStaus = [&whole](const auto* processes) {
+    if (processes && processes->size() == 1 && processes->at(0)->stats() == "S") ++whole;
+  };
+  constexpr int samples = 50;
+  const auto sampling = [this] {
+    for (int sample = 0; sample < samples; ++sample) {
+      monitor->setPsRegex(monitor->psRegex());
+      monitor->updateInfo();
+    }
+  };
+  std::thread another(sampling);
+  sampling();
+  another.join();
+  EXPECT_EQ(whole, 2 * samples);
 }
 
 TEST_F(ProcessSample, ADelegateMayLetGoOfTheMonitor) {

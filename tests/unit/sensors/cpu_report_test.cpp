@@ -241,6 +241,29 @@ TEST_F(CpuTemperature, OfZeroOrBelowIsNotToldButTheConnectionIsClosed) {
   EXPECT_EQ(std::count(told.begin(), told.end(), "temperature"), 0);
 }
 
+TEST_F(CpuTemperature, MonitorsTakeTurnsWithTheConnection) {
+  const auto sampling = [] {
+    const auto cpu = CPUStatus::init();
+    for (int sample = 0; sample < 300; ++sample) cpu->updateInfo();
+  };
+  std::thread another(sampling);
+  sampling();
+  another.join();
+  EXPECT_FALSE(smc.overlapped);
+}
+
+TEST_F(CpuTemperature, IsLookedForWithoutAnyoneToTellToo) {
+  smc.opening = {};
+  const auto cpu = monitor();
+  delegate->cpuWithTemperature = nullptr;
+  ::testing::internal::CaptureStdout();
+  cpu->updateInfo();
+  cpu->setDelegate(nullptr);
+  cpu->updateInfo();
+  const auto printed = ::testing::internal::GetCapturedStdout();
+  EXPECT_EQ(printed, "Error: no SMC found\nError: no SMC found\n");
+}
+
 TEST_F(CpuTemperature, WithoutAnSmcAllElseIsToldAndEverySampleSaysSo) {
   processors.counts = TaskCounts{4, 9};
   processors.averages = {1, 2, 3};

@@ -156,12 +156,18 @@ TEST_F(CpuSample, RefusedCountersDoNotWaitForTheLock) {
 TEST_F(CpuSample, OneFromInsideADelegateCallIsSkipped) {
   const auto cpu = monitor();
   int calls = 0;
-  delegate->cpuUsedWithSystemWithUserWithIdle = [&](float, float, float) {
-    ++calls;
+  float idle = 0;
+  delegate->cpuUsedWithSystemWithUserWithIdle = [&](float, float, float newIdle) {
+    idle = newIdle;
+    if (++calls > 1) return;
+    for (auto& core : processors.cores) core.user += 100;
     cpu->updateInfo();
   };
   cpu->updateInfo();
   EXPECT_EQ(calls, 1);
+  for (auto& core : processors.cores) core.idle += 300;
+  cpu->updateInfo();
+  EXPECT_FLOAT_EQ(idle, 0.75F);  // what grew meanwhile was not accounted for
 }
 
 TEST_F(CpuSample, TheLockIsHeldOverAllDelegateCalls) {

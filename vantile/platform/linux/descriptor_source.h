@@ -9,8 +9,8 @@
 namespace vantile {
 
 /// Serves one descriptor on the run loop of the thread that made this: `ready` is called there
-/// whenever the descriptor can be read, or has failed, until this goes. The loop has a duplicate,
-/// so that the descriptor may be closed at any moment.
+/// whenever the descriptor can be read, or has failed, until this or the thread goes. The loop has
+/// a duplicate, so that the descriptor may be closed at any moment.
 class DescriptorSource {
  public:
   /// On the calling thread's loop. Throws std::system_error when the loop takes no more.
@@ -22,7 +22,7 @@ class DescriptorSource {
 
  private:
   struct Served;
-  std::unique_ptr<Served> served_;
+  std::shared_ptr<Served> served_;
   std::weak_ptr<RunLoop> loop_;
   const std::thread::id thread_ = std::this_thread::get_id();
 };

@@ -133,7 +133,7 @@ void LinuxLaunchedApplications::lookAt(std::int32_t pid, const char* name, Known
   now.listed = known.listed;
   const Descriptor folder = openProcessFolder(folder_, name);
   struct stat owner = {};
-  const bool isOwn = folder && ::fstat(folder.get(), &owner) == 0 && owner.st_uid == ::geteuid();
+  const bool isOwn = folder && ::fstat(folder.get(), &owner) == 0 && owner.st_uid == ::getuid();
   const auto text =
       isOwn ? readOnce(folder.get(), "stat", {buffer_.data(), allOfPidStat}) : std::nullopt;
   if (const auto stat = text ? parsePidStat(*text) : std::nullopt) {

@@ -134,10 +134,12 @@ void LinuxLoopDriver::stop() {
 }
 
 void LinuxLoopDriver::dispatch() {
-  // Bounded, so that a source that is always ready does not keep the host from its own work; the
-  // descriptor then stays readable.
-  for (int rounds = 0; rounds < 64 && serveOnce(0) > 0; ++rounds) {
-  }
+  // Bounded, so that a source that is always ready does not keep the host from its own work.
+  constexpr int mostRounds = 64;
+  int rounds = 0;
+  while (rounds < mostRounds && serveOnce(0) > 0) ++rounds;
+  // sd-event has not armed its timer for what came last: the descriptor is to be readable again.
+  if (rounds == mostRounds) wake();
 }
 
 }  // namespace
