@@ -60,8 +60,14 @@ class FakeHostResources final : public HostResources {
     folders.push_back(std::move(folder));
   }
 
+  std::string localizedString(std::string_view key) override {
+    const auto found = translations.find(std::string(key));
+    return found == translations.end() ? std::string(key) : found->second;
+  }
+
   std::map<std::pair<std::string, std::string>, std::string> paths;  ///< by name and type
-  std::vector<std::optional<std::string>> folders;                   ///< that were set
+  std::map<std::string, std::string> translations;
+  std::vector<std::optional<std::string>> folders;  ///< that were set
 };
 
 /// ASCII in lower case; the only accented letters are "é" and "É".

@@ -79,6 +79,28 @@ TEST_F(HostResourcesSeam, AreMissingAtAPathThatIsTooLong) {
   EXPECT_FALSE(resources->path("Apps", "plist"));
 }
 
+TEST_F(HostResourcesSeam, ATranslationStandsInTheBundlesDefaultTable) {
+  fakes::machine.translations["Trash"] = u"Papierk\u00F6rbe";
+  EXPECT_EQ(resources->localizedString("Trash"), "Papierk\u00F6rbe");
+  resources->setFolder(folder.path().string());
+  EXPECT_EQ(resources->localizedString("Trash"), "Papierk\u00F6rbe");
+}
+
+TEST_F(HostResourcesSeam, WithoutATranslationATextIsItsOwn) {
+  EXPECT_EQ(resources->localizedString("Trash"), "Trash");
+  EXPECT_EQ(resources->localizedString("Trash\xFF"), "Trash\xFF");
+  fakes::machine.translations["Trash"] = u"\xD800";  // half a character
+  EXPECT_EQ(resources->localizedString("Trash"), "Trash");
+  fakes::machine.translations["Trash"] = u"Corbeille";
+  for (const char* const function : {"CFStringCreateWithBytes", "CFBundleCopyLocalizedString"}) {
+    fakes::machine.refuses = {function};
+    EXPECT_EQ(resources->localizedString("Trash"), "Trash") << function;
+  }
+  fakes::machine.refuses.clear();
+  fakes::machine.hasBundle = false;
+  EXPECT_EQ(resources->localizedString("Trash"), "Trash");
+}
+
 TEST_F(HostResourcesSeam, AreSharedByTheProcess) {
   EXPECT_EQ(systemHostResources(), systemHostResources());
 }

@@ -14,6 +14,7 @@ void Seam::TearDown() {
   const fakes::Live live = fakes::live();
   EXPECT_EQ(live.hostRights, 0);
   EXPECT_EQ(live.setRights, 0);
+  EXPECT_EQ(live.mainPortRights, 0);
   EXPECT_EQ(live.kernelMemory, 0);
   EXPECT_EQ(live.kernelObjects, 0);
   EXPECT_EQ(live.connections, 0);

@@ -29,7 +29,8 @@ SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks
 systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders
 systemSwapAreas systemVersion systemEntries systemFacts systemTextPieces systemBrowsers
 systemFileEvents systemHostResources systemPropertyLists systemTextFolding systemThreads systemWorkspace
-systemProcessors systemSmcService systemLaunchedApplications systemProcessLister'''.split())
+systemProcessors systemSmcService systemLaunchedApplications systemProcessLister systemPowerSources
+systemTimeRemaining systemBatteryRecords systemBatteryEntry'''.split())
 
 
 def run(*command, **options):

@@ -184,7 +184,8 @@ Object* created() {
 template <class Entry>
 void add(CFRunLoopRef loop, std::vector<Entry*>& to, Entry* entry, CFRunLoopMode mode) {
   const std::lock_guard lock(fakes::mutex);
-  if (mode != kCFRunLoopCommonModes || entry->loop) std::abort();
+  if (mode == kCFRunLoopDefaultMode) ++fakes::machine.sourcesInDefaultMode;
+  if ((mode != kCFRunLoopCommonModes && mode != kCFRunLoopDefaultMode) || entry->loop) std::abort();
   entry->loop = loop;
   ++entry->references;
   to.push_back(entry);

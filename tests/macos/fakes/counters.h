@@ -15,5 +15,6 @@ extern int wakeupCount;
 /// Whether that is a port's name and the right to it is there, too.
 bool isHost(std::uint32_t name);
 bool isProcessorSet(std::uint32_t name);
+bool isMainPort(std::uint32_t name);
 
 }  // namespace fakes

@@ -21,6 +21,7 @@ Live live() {
   const std::lock_guard lock(mutex);
   return {counts.hostRights - liveBefore.hostRights,
           counts.setRights - liveBefore.setRights,
+          counts.mainPortRights - liveBefore.mainPortRights,
           counts.kernelMemory - liveBefore.kernelMemory,
           counts.kernelObjects - liveBefore.kernelObjects,
           counts.connections - liveBefore.connections,

@@ -84,6 +84,18 @@ struct Machine {
   bool hasBundle = true;
   std::map<std::string, std::string> resources;  ///< of the main bundle, paths by name and type
 
+  std::map<std::string, std::u16string> translations;  ///< in its default table
+
+  /// Descriptions of power sources, nothing for one that went; nothing at all: no information.
+  std::optional<std::vector<std::optional<PropertyList>>> powerSources;
+  bool hasPowerSourcesList = true;
+  double timeRemaining = -1;
+  int sourcesInDefaultMode = 0;  ///< that were added to a run loop
+  int mainPortResult = 0, batteryInfoResult = 0;
+  std::optional<PropertyList> batteryInfo;   ///< a list of records
+  std::optional<PropertyList> batteryEntry;  ///< nothing: no such service
+  int propertiesResult = 0;
+
   bool hasExpertDevice = true;
   std::map<std::string, PropertyList> registry;  ///< the expert device's properties
   std::optional<std::u16string> computerName, localHostName, userName, fullUserName;
@@ -114,10 +126,11 @@ extern Machine machine;
 /// Objects that somebody still owes a release.
 struct Live {
   int hostRights = 0;
-  int setRights = 0;      ///< to processor sets
-  int kernelMemory = 0;   ///< arrays that the kernel gave
-  int kernelObjects = 0;  ///< IOKit's: iterators and services
-  int connections = 0;    ///< to services
+  int setRights = 0;       ///< to processor sets
+  int mainPortRights = 0;  ///< to IOKit's
+  int kernelMemory = 0;    ///< arrays that the kernel gave
+  int kernelObjects = 0;   ///< IOKit's: iterators and services
+  int connections = 0;     ///< to services
   int sources = 0, timers = 0;
   int loopReferences = 0;  ///< beyond a thread's own to its loop
   int work = 0;            ///< on the global queue
@@ -144,6 +157,9 @@ int wakeups();
 
 /// Does what is due on the global queue, in order, on this thread.
 void runGlobalQueue();
+
+/// Tells those who asked that the power sources changed, once their run loops run.
+void changePowerSources();
 
 /// Has something happen to an open file, for the kernel queues that watch it.
 void happen(int file, std::uint32_t changes);

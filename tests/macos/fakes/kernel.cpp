@@ -78,9 +78,12 @@ mach_port_t mach_host_self(void) {
 
 kern_return_t mach_port_deallocate(ipc_space_t task, mach_port_t name) {
   const bool host = isHost(name);
-  if (task != mach_task_self_ || (!host && !fakes::isProcessorSet(name))) std::abort();
+  const bool mainPort = fakes::isMainPort(name);
+  if (task != mach_task_self_ || (!host && !mainPort && !fakes::isProcessorSet(name))) std::abort();
   const std::lock_guard lock(fakes::mutex);
-  --(host ? fakes::counts.hostRights : fakes::counts.setRights);
+  --(host       ? fakes::counts.hostRights
+     : mainPort ? fakes::counts.mainPortRights
+                : fakes::counts.setRights);
   return KERN_SUCCESS;
 }
 

@@ -69,4 +69,14 @@ CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringR
                                           : urlOf("CFBundleCopyResourceURL", found->second);
 }
 
+// The table is the default one, and a key that is not in it is given where the default is empty.
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
+                                        CFStringRef table) {
+  if (bundle != &mainBundle || !value->text.empty() || table) std::abort();
+  const auto found = machine.translations.find(*fakes::utf8Of(key->text));
+  auto* const text = fakes::createdBy<__CFString>("CFBundleCopyLocalizedString");
+  if (text) text->text = found == machine.translations.end() ? key->text : found->second;
+  return text;
+}
+
 }  // extern "C"

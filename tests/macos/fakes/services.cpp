@@ -1,6 +1,7 @@
 // IOKit's services.
 
 #include <IOKit/IOKitLib.h>
+#include <IOKit/pwr_mgt/IOPMLib.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -15,7 +16,8 @@ namespace {
 
 constexpr io_iterator_t iterator = 0x401;
 constexpr io_connect_t connection = 0x501;
-constexpr io_service_t expertDevice = 0x601;
+constexpr io_service_t expertDevice = 0x601, battery = 0x602;
+constexpr mach_port_t mainPortName = 0x701;
 
 struct Matching : __CFDictionary {
   std::string className;
@@ -41,7 +43,34 @@ io_object_t give(io_object_t object) {
 
 }  // namespace
 
+bool fakes::isMainPort(std::uint32_t name) {
+  const std::lock_guard lock(mutex);
+  return name == mainPortName && counts.mainPortRights > 0;
+}
+
 extern "C" {
+
+kern_return_t IOMasterPort(mach_port_t bootstrapPort, mach_port_t* mainPort) {
+  if (bootstrapPort != MACH_PORT_NULL) std::abort();
+  if (machine.mainPortResult != KERN_SUCCESS) return machine.mainPortResult;
+  const std::lock_guard lock(fakes::mutex);
+  ++fakes::counts.mainPortRights;
+  *mainPort = mainPortName;
+  return KERN_SUCCESS;
+}
+
+IOReturn IOPMCopyBatteryInfo(mach_port_t mainPort, CFArrayRef* info) {
+  if (!fakes::isMainPort(mainPort)) std::abort();
+  if (machine.batteryInfo)
+    *info = dynamic_cast<CFArrayRef>(fakes::objectFrom(*machine.batteryInfo));
+  return machine.batteryInfoResult;
+}
+
+CFMutableDictionaryRef IOServiceNameMatching(const char* name) {
+  auto* const matching = fakes::createdBy<Matching>("IOServiceNameMatching");
+  if (matching) matching->className = std::string("called ") + name;
+  return matching;
+}
 
 CFMutableDictionaryRef IOServiceMatching(const char* name) {
   auto* const matching = fakes::createdBy<Matching>("IOServiceMatching");
@@ -53,8 +82,10 @@ io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef m
   note("match");
   if (mainPort != MACH_PORT_NULL) std::abort();
   if (!matching) return IO_OBJECT_NULL;
-  if (!isFor("IOPlatformExpertDevice", matching)) std::abort();
+  const bool isBattery = isFor("called AppleSmartBattery", matching);
+  if (!isBattery && !isFor("IOPlatformExpertDevice", matching)) std::abort();
   CFRelease(matching);  // it takes the reference over
+  if (isBattery) return machine.batteryEntry ? give(battery) : IO_OBJECT_NULL;
   return machine.hasExpertDevice ? give(expertDevice) : IO_OBJECT_NULL;
 }
 
@@ -64,6 +95,16 @@ CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef
   if (entry != expertDevice || !live.contains(entry) || allocator || options != 0) std::abort();
   const auto found = machine.registry.find(*fakes::utf8Of(key->text));
   return found == machine.registry.end() ? nullptr : fakes::objectFrom(found->second);
+}
+
+kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
+                                                CFMutableDictionaryRef* properties,
+                                                CFAllocatorRef allocator, IOOptionBits options) {
+  note("properties");
+  if (entry != battery || !live.contains(entry) || allocator || options != 0) std::abort();
+  if (machine.propertiesResult != KERN_SUCCESS) return machine.propertiesResult;
+  *properties = dynamic_cast<CFMutableDictionaryRef>(fakes::objectFrom(*machine.batteryEntry));
+  return KERN_SUCCESS;
 }
 
 kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef matching,

@@ -1,6 +1,7 @@
 #include "vantile/platform/linux/host_resources.h"
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <filesystem>
 
@@ -99,6 +100,66 @@ TEST_F(LinuxHostResourcesTest, ATypelessOneHasNoExtension) {
   root.file("own/README");
   resources.setFolder(root.path("own"));
   EXPECT_EQ(resources.path("README", ""), root.path("own/README"));
+}
+
+struct LinuxTranslations : ::testing::Test {
+  LinuxTranslations() { resources.setFolder(root.path("own")); }
+
+  void table(const std::string& language, const std::string& text) {
+    root.file("own/" + language + ".lproj/Localizable.strings", text);
+  }
+
+  TemporaryFolder root;
+  std::vector<std::string> languages = {"de_AT.UTF-8", "de_AT", "de", "fr", "C"};
+  LinuxHostResources resources{LinuxRoots{root.path("proc"), root.path("sys")},
+                               [this] { return languages; }};
+};
+
+TEST_F(LinuxTranslations, WithoutATableATextIsItsOwn) {
+  EXPECT_EQ(resources.localizedString("Trash"), "Trash");
+  EXPECT_EQ(resources.localizedString(""), "");
+}
+
+TEST_F(LinuxTranslations, StandInTheTableOfTheUsersFirstLanguage) {
+  table("fr", "\"Trash\" = \"Corbeille\"; \"Pause\" = \"Pause.\";");
+  EXPECT_EQ(resources.localizedString("Trash"), "Corbeille");
+  table("de", "\"Trash\" = \"Papierkorb\";");
+  EXPECT_EQ(resources.localizedString("Trash"), "Papierkorb");
+  table("de_AT",
+        "\"Trash\" = \"Mistk\xC3\xBC"
+        "bel\";");
+  EXPECT_EQ(resources.localizedString("Trash"),
+            "Mistk\xC3\xBC"
+            "bel");
+  EXPECT_EQ(resources.localizedString("Pause"), "Pause.");  // only the last one has it
+  EXPECT_EQ(resources.localizedString("Other"), "Other");
+}
+
+TEST_F(LinuxTranslations, OfATableThatIsMalformedAreNone) {
+  table("de", "\"Trash\" = Papier korb;");
+  EXPECT_EQ(resources.localizedString("Trash"), "Trash");
+}
+
+TEST_F(LinuxTranslations, AreNotLookedForElsewhere) {
+  languages = {"../../elsewhere", "de"};
+  root.file("elsewhere.lproj/Localizable.strings", "\"Trash\" = \"Nowhere\";");
+  root.folder("own");
+  EXPECT_EQ(resources.localizedString("Trash"), "Trash");
+}
+
+TEST_F(LinuxTranslations, OfAProgramThatCantBeToldAreNone) {
+  table("de", "\"Trash\" = \"Papierkorb\";");
+  resources.setFolder(std::nullopt);
+  EXPECT_EQ(resources.localizedString("Trash"), "Trash");
+}
+
+TEST(UsersLanguages, AreThoseOfTheEnvironmentInTheirOrder) {
+  const auto* const before = ::getenv("LANGUAGE");
+  const std::string kept = before ? before : "";
+  ::setenv("LANGUAGE", "de_AT:fr", 1);
+  const auto languages = LinuxHostResources::usersLanguages();
+  before ? ::setenv("LANGUAGE", kept.c_str(), 1) : ::unsetenv("LANGUAGE");
+  EXPECT_EQ(languages, (std::vector<std::string>{"de_AT", "de", "fr", "C"}));
 }
 
 TEST(SystemHostResources, OfThisProgramStandBesideIt) {

@@ -1,10 +1,12 @@
 #include "vantile/platform/linux/host_resources.h"
 
+#include <glib.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <utility>
 
+#include "vantile/platform/parsers/strings_table.h"
 #include "vantile/platform/posix/files.h"
 
 namespace vantile {
@@ -25,8 +27,15 @@ std::optional<std::string> targetOf(const std::string& link) {
 
 }  // namespace
 
-LinuxHostResources::LinuxHostResources(const LinuxRoots& roots)
-    : executable_(roots.proc + "/self/exe") {}
+LinuxHostResources::LinuxHostResources(const LinuxRoots& roots, Languages languages)
+    : executable_(roots.proc + "/self/exe"), languages_(std::move(languages)) {}
+
+std::vector<std::string> LinuxHostResources::usersLanguages() {
+  std::vector<std::string> languages;
+  for (const auto* name = ::g_get_language_names(); name && *name; ++name)
+    languages.emplace_back(*name);
+  return languages;
+}
 
 std::optional<std::string> LinuxHostResources::folderOfExecutable() const {
   auto program = targetOf(executable_);
@@ -47,6 +56,19 @@ std::optional<std::string> LinuxHostResources::folder() {
 std::optional<std::string> LinuxHostResources::path(std::string_view name, std::string_view type) {
   const auto inside = folder();
   return inside ? fileIn(*inside, name, type) : std::nullopt;
+}
+
+std::string LinuxHostResources::localizedString(std::string_view key) {
+  const auto inside = folder();
+  if (!inside) return std::string(key);
+  for (const auto& language : languages_()) {
+    if (language.find('/') != language.npos) continue;  // the environment may hold anything
+    const auto file = fileIn(*inside + "/" + language + ".lproj", "Localizable", "strings");
+    const auto table = file ? contentsOf(*file) : std::nullopt;
+    auto translation = table ? stringInTable(*table, key) : std::nullopt;
+    if (translation) return *translation;
+  }
+  return std::string(key);
 }
 
 void LinuxHostResources::setFolder(std::optional<std::string> folder) {

@@ -26,11 +26,26 @@ std::optional<std::string> inMainBundle(std::string_view name, std::string_view 
   return path.data();
 }
 
+/// An empty default has the key itself given where there is no translation.
+std::optional<std::string> inDefaultTable(std::string_view key) {
+  const CFBundleRef bundle = CFBundleGetMainBundle();
+  const auto name = stringOf(key), none = stringOf("");
+  if (!bundle || !name || !none) return std::nullopt;
+  const Owned<CFStringRef> found(
+      CFBundleCopyLocalizedString(bundle, name.get(), none.get(), nullptr));
+  return textOf(found.get());
+}
+
 class MacosHostResources final : public HostResources {
  public:
   std::optional<std::string> path(std::string_view name, std::string_view type) override {
     const std::lock_guard lock(mutex_);
     return folder_ ? fileIn(*folder_, name, type) : inMainBundle(name, type);
+  }
+
+  std::string localizedString(std::string_view key) override {
+    const std::lock_guard lock(mutex_);
+    return inDefaultTable(key).value_or(std::string(key));
   }
 
   void setFolder(std::optional<std::string> folder) override {

@@ -145,6 +145,8 @@ Boolean CFURLCopyResourcePropertyForKey(CFURLRef url, CFStringRef key, void* val
 CFBundleRef CFBundleGetMainBundle(void);
 CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef name, CFStringRef type,
                                  CFStringRef folder);
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
+                                        CFStringRef table);
 
 // Run loops.
 

@@ -17,15 +17,21 @@ typedef io_object_t io_iterator_t;
 typedef io_object_t io_service_t;
 typedef io_object_t io_registry_entry_t;
 typedef uint32_t IOOptionBits;
+typedef kern_return_t IOReturn;
 
 #define IO_OBJECT_NULL ((io_object_t)0)
 
+kern_return_t IOMasterPort(mach_port_t bootstrapPort, mach_port_t* mainPort);
 CFMutableDictionaryRef IOServiceMatching(const char* name);
+CFMutableDictionaryRef IOServiceNameMatching(const char* name);
 kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef matching,
                                            io_iterator_t* existing);
 io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef matching);
 CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
                                           CFAllocatorRef allocator, IOOptionBits options);
+kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
+                                                CFMutableDictionaryRef* properties,
+                                                CFAllocatorRef allocator, IOOptionBits options);
 io_object_t IOIteratorNext(io_iterator_t iterator);
 kern_return_t IOObjectRelease(io_object_t object);
 kern_return_t IOServiceOpen(io_service_t service, task_port_t owningTask, uint32_t type,
