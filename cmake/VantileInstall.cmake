@@ -27,6 +27,7 @@ set(public_headers
     memory/memory_keys.h
     platform/smc_record.h
     platform/text_patterns.h
+    power/battery_info.h
     process/process_info.h
     process/process_stats.h
     sensors/cpu.h

@@ -17,11 +17,11 @@ auto_calloc auto_free add_memory_block add_memory_block_ex get_memory_info int_t
 signal_handler cleanmemorycomplete WatchQueueRenameNotification WatchQueueWriteNotification
 WatchQueueDeleteNotification WatchQueueAttributeChangeNotification WatchQueueSizeIncreaseNotification
 WatchQueueLinkCountChangeNotification WatchQueueAccessRevocationNotification downloadcallback
-applicationcallback appcallback folder_app_callback SMCOpen SMCClose SMCCall SMCReadKey
+applicationcallback appcallback folder_app_callback PowerSourceChanged SMCOpen SMCClose SMCCall SMCReadKey
 SMCGetTemperature _strtoul _ultostr'''.split())
 
 # What hosts use, and what the one library uses of the other: no more of the C++ names is seen.
-PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
+PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDBatteryInfo KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
 Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent doubleValue intValue isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
 makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostResourceFolder setLogSink startWithString
 systemTextPatterns systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
