@@ -4,6 +4,7 @@
 
 #ifdef __linux__
 #include "live/application_helper.h"
+#include "live/battery_helper.h"
 #include "live/cleaner_helper.h"
 #include "live/sensor_helper.h"
 #endif
@@ -15,6 +16,8 @@ int main(int count, char** arguments) {
     return runCleanerHelper(arguments[2], arguments[3]);
   if (count >= 2 && std::string_view(arguments[1]) == readTemperature)
     return runSensorHelper(count - 2, arguments + 2);
+  if (count == 3 && std::string_view(arguments[1]) == tellBattery)
+    return runBatteryHelper(arguments[2]);
   if (count == 4 && std::string_view(arguments[1]) == beApplication)
     return runApplication(arguments[2], arguments[3]);
 #endif

@@ -1,0 +1,91 @@
+// Batteries and chargers that umockdev puts before a program of its own, with change events.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "live/battery_helper.h"
+#include "live/command.h"
+#include "live/sanitized.h"
+
+namespace vantile {
+namespace {
+
+using testing::run;
+
+struct LiveBattery : ::testing::Test {
+  void SetUp() override {
+    if (testing::sanitized) GTEST_SKIP() << "what umockdev preloads comes before the sanitizer";
+    if (run("umockdev-run --version").status != 0) GTEST_SKIP() << "no umockdev";
+  }
+
+  /// What the helper prints of that story.
+  static std::string told(const std::string& story) {
+    char self[4096] = {};
+    EXPECT_GT(::readlink("/proc/self/exe", self, sizeof self - 1), 0);
+    return run("umockdev-wrapper " + testing::quoted(self) + " " + testing::tellBattery + " " +
+               story)
+        .text;
+  }
+};
+
+TEST_F(LiveBattery, ADayIsToldInItsStates) {
+  EXPECT_EQ(told("day"), R"(full: battery charged charged
+unplugged: calculating 100
+draining: remaining 4:00
+still: remaining 4:00
+low: remaining 1:00 left 20%
+lower: remaining 0:45 left 15%
+750 mAh, -10.00 W, 30.1 degrees, 213 cycles, Good
+plugged: charging calculating
+charging: charging remaining 1:17
+half: charging remaining 1:14 left 51%
+2550 mAh, 19.99 W, 30.1 degrees, 213 cycles, Good
+full: battery charged charged
+still full: battery charged
+)");
+}
+
+TEST_F(LiveBattery, TwoBatteriesComeAndGo) {
+  EXPECT_EQ(told("two"), R"(two: remaining 3:24 left 18% remaining 3:24
+one went: remaining 0:54 left 18%
+it is back: remaining 0:42 remaining 0:42 left 10%
+both went:
+no battery
+)");
+}
+
+TEST_F(LiveBattery, OneThatIsRemovedWhileItIsReadLeavesTheOther) {
+  EXPECT_EQ(told("removal"), "one was left\n");
+}
+
+TEST_F(LiveBattery, AMousesIsIgnored) {
+  EXPECT_EQ(told("mouse"), R"(a mouse:
+no battery
+a battery, too: remaining 2:30
+the mouse's changes are read and not told of: remaining 2:30
+)");
+}
+
+TEST_F(LiveBattery, DriversTellEnergyOrChargeAndPowerOrCurrent) {
+  EXPECT_EQ(told("drivers"), R"(energy without power: calculating 50
+energy and current: remaining 2:05
+2500 mAh, -12.00 W, 30.1 degrees, 213 cycles, Good
+charge and current: remaining 4:00
+2000 mAh, -4.00 W, 0.0 degrees, 0 cycles, Poor
+charge by USB: charging remaining 2:00 left 60%
+a USB supply that is offline: remaining 0:00
+a USB supply that is online: charging remaining 2:00
+2400 mAh, 6.40 W, 0.0 degrees, 0 cycles, Poor
+)");
+}
+
+TEST_F(LiveBattery, ABurstOfEventsIsOneUpdate) {
+  EXPECT_EQ(told("burst"), R"(six events: remaining 2:30
+one more: remaining 2:30
+)");
+}
+
+}  // namespace
+}  // namespace vantile
