@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "battery_monitor.h"
 #include "cpu_monitor.h"
 #include "memory_monitor.h"
 #include "process_monitor.h"
@@ -26,6 +27,7 @@ const std::vector<MonitorEntry>& monitors() {
       {"memory", "updateMemoryStatusWithVMStatusWithSwapDict", startMemory},
       {"cpu", "cpuUsedWithSystemWithUserWithIdle", startCpu},
       {"process", "updateProcessStaus", startProcess},
+      {"battery", "", startBattery},
       {"downloads", "", startDownloads},
       {"applications", "", startApplications},
       {"trash", "", startTrash},
@@ -37,6 +39,7 @@ const std::vector<DashboardPart>& dashboardParts() {
   static const std::vector<DashboardPart> all{
       {{"cpu"}, cpuPanes},
       {{"memory"}, memoryPanes},
+      {{"battery"}, batteryPanes},
       {{"process"}, processPanes},
       {{"downloads", "applications", "trash"}, eventPanes},
   };

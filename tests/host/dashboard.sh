@@ -96,12 +96,12 @@ if ! screen | grep -qF "no application of the desktop is running"; then
   appears " by memory" || fail "s does not sort"
 fi
 terminal resize-window -x 120 -y 40
-appears "╮╭─ Memory " || fail "a wide terminal has no columns"
+appears "╮╭─ " || fail "a wide terminal has no columns"
 appears "vantile-host on $(uname -n)" || fail "the machine is not named"
 terminal resize-window -x 40 -y 12
-appears "page 1 of 3" || fail "a small terminal has no pages"
+appears "page 1 of 4" || fail "a small terminal has no pages"
 typed Tab
-appears "page 2 of 3" || fail "Tab does not turn the page"
+appears "page 2 of 4" || fail "Tab does not turn the page"
 terminal resize-window -x 20 -y 4
 appears "too small" || fail "a tiny terminal is not told so"
 terminal resize-window -x 80 -y 60

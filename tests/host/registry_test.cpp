@@ -12,13 +12,14 @@ namespace {
 using Names = std::vector<std::string>;
 
 TEST(HostRegistry, WatchersAreApartFromWhatSamples) {
-  EXPECT_EQ(sampledNames(), (Names{"memory", "cpu", "process"}));
+  EXPECT_EQ(sampledNames(), (Names{"memory", "cpu", "process", "battery"}));
   EXPECT_EQ(watcherNames(), (Names{"downloads", "applications", "trash"}));
 }
 
-TEST(HostRegistry, WatchersAloneTellOfChanges) {
+TEST(HostRegistry, WatchersAndTheBatteryTellOfChanges) {
   for (const auto& monitor : monitors()) {
-    EXPECT_EQ(monitor.isWatcher(), monitor.sample.empty()) << monitor.name;
+    const bool tellsOfChanges = monitor.isWatcher() || monitor.name == "battery";
+    EXPECT_EQ(tellsOfChanges, monitor.sample.empty()) << monitor.name;
   }
 }
 

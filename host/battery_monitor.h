@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+#include "registry.h"
+
+namespace vantile::host {
+
+/// Reports what a KVDBatteryInfo tells its delegate, and after each update, as the operation
+/// "updateCurrentStatus", its properties. It updates at the start, when the system tells of a
+/// change and once a minute, since few drivers tell of a charge that falls.
+std::unique_ptr<RunningMonitor> startBattery(const Sampling& sampling, ReportSink sink);
+
+/// The charge as a bar, what becomes of it, and the battery's readings.
+PaneGroup batteryPanes();
+
+}  // namespace vantile::host
