@@ -15,8 +15,10 @@
 #include <utility>
 #include <vector>
 
-#include "vantile/platform/power_sources.h"
+#include "vantile/platform/linux/power_sources.h"
 #include "vantile/power/battery_info.h"
+
+#include "fakes/temporary_folder.h"
 
 namespace vantile::testing {
 namespace {
@@ -254,12 +256,26 @@ void burst() {
   monitor.change("one more", [&] { supplies.event("BAT0"); });
 }
 
+/// Events of udevd's group, which libudev listens to where udevd runs.
+void udevd() {
+  const TemporaryFolder folder;
+  folder.file("run/udev/control");
+  Supplies supplies;
+  supplies.add("BAT0", energyBattery("Discharging", 50, "10000000"));
+  LinuxPowerSources sources({.run = folder.path("run")});
+  const auto subscription =
+      sources.subscribe([](void*) { std::printf("told\n"), RunLoop::current().stop(); }, nullptr);
+  const auto tooLong = RunLoop::current().after(5s, [] { RunLoop::current().stop(); });
+  supplies.event("BAT0");
+  RunLoop::current().run();
+}
+
 }  // namespace
 
 int runBatteryHelper(const char* story) {
   const std::map<std::string_view, void (*)()> stories = {
-      {"day", day},     {"two", twoBatteries}, {"removal", removal},
-      {"mouse", mouse}, {"drivers", drivers},  {"burst", burst}};
+      {"day", day},         {"two", twoBatteries}, {"removal", removal}, {"mouse", mouse},
+      {"drivers", drivers}, {"burst", burst},      {"udevd", udevd}};
   const auto found = stories.find(story);
   if (found == stories.end()) return 2;
   found->second();

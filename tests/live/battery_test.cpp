@@ -81,6 +81,10 @@ a USB supply that is online: charging remaining 2:00
 )");
 }
 
+TEST_F(LiveBattery, WhereUdevdRunsItsEventsAreTold) {
+  EXPECT_EQ(told("udevd"), "told\n");
+}
+
 TEST_F(LiveBattery, ABurstOfEventsIsOneUpdate) {
   EXPECT_EQ(told("burst"), R"(six events: remaining 2:30
 one more: remaining 2:30
