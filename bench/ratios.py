@@ -17,6 +17,7 @@ COMPARISONS = [
     ("cpu usage", "libstatgrab cpu", 1.0),
     ("process tick", "bare reads of processes", 3.0),
     ("process tick", "one run of ps", 1 / 10),
+    ("battery update", "bare reads of supplies", 2.0),
     ("trv_all_app", "find -type d", 1.0),
     ("trv_all_app", "find", 1.0),
     ("trv_all_app", "fts, names", None),
