@@ -216,7 +216,7 @@ bool LinuxConfigurationSession::listRoutes() {
           auto found = parseDefaultRoute(message.payload);
           if (message.type == RTM_NEWROUTE && found) now.push_back(std::move(*found));
         });
-    if (!isUsable(outcome)) return false;
+    if (!isUsable(outcome) && outcome != NetlinkLister::Outcome::missing) return false;
   }
   replace(network_.routes, std::move(now));
   return true;

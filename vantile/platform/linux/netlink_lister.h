@@ -18,6 +18,7 @@ class NetlinkLister {
     whole,
     interrupted,  ///< it changed while it was listed, each time: entries may be missing or twice
     unsupported,  ///< the kernel does not know the request
+    missing,      ///< there is nothing of the kind, as no table of routes in a new network
     failed,
   };
   /// How often a list is asked for while it changes.
@@ -61,6 +62,7 @@ class NetlinkLister {
 
   static Outcome ending(std::uint32_t error, bool interrupted) {
     if (error == EOPNOTSUPP) return Outcome::unsupported;
+    if (error == ENOENT) return Outcome::missing;
     if (error != 0) return Outcome::failed;
     return interrupted ? Outcome::interrupted : Outcome::whole;
   }

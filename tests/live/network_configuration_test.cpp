@@ -1,0 +1,396 @@
+// The network's configuration of namespaces that the tests make, against ip(8) and resolv.conf.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "vantile/platform/linux/configuration_store.h"
+
+#include "fakes/temporary_folder.h"
+#include "live/network_namespace.h"
+
+namespace vantile {
+namespace {
+
+using testing::addPair;
+using testing::comesToHold;
+using testing::inNetworkNamespace;
+using testing::ip;
+using testing::ipTold;
+using Texts = std::vector<std::string>;
+
+Texts textsOf(const std::shared_ptr<const Dictionary>& dictionary, std::string_view name) {
+  Texts texts;
+  const auto* const value = dictionary ? dictionary->find(name) : nullptr;
+  const auto* const array = value ? value->as<std::shared_ptr<Array>>() : nullptr;
+  if (array)
+    for (const auto& each : **array) texts.push_back(*each.as<std::string>());
+  return texts;
+}
+
+std::string textOf(const std::shared_ptr<const Dictionary>& dictionary, std::string_view name) {
+  const auto* const text = dictionary ? dictionary->text(name) : nullptr;
+  return text ? *text : std::string();
+}
+
+/// A session with a resolver's file of the test's own and no NetworkManager.
+struct Opened {
+  explicit Opened(int eventBuffer = 0) {
+    sources.resolver = {folder.path("resolv.conf"), folder.path("run/resolv.conf")};
+    sources.follow = [](std::function<void()>) { return nullptr; };
+    sources.open = [eventBuffer](int bus, unsigned groups) {
+      return openNetlink(bus, groups, groups != 0 ? eventBuffer : 0);
+    };
+    session = LinuxConfigurationStore(sources).open("test", {}, [this] { ++told; });
+    if (!session) throw std::runtime_error("no session");
+  }
+
+  Texts order() { return textsOf(session->value("Setup:/Network/Global/IPv4"), "ServiceOrder"); }
+  std::string device(const std::string& service) {
+    return textOf(session->value("Setup:/Network/Service/" + service + "/Interface"), "DeviceName");
+  }
+  std::set<std::string> devices() {
+    std::set<std::string> names;
+    for (const auto& service : order()) names.insert(device(service));
+    return names;
+  }
+  std::string serviceOf(const std::string& name) {
+    for (auto& service : order())
+      if (device(service) == name) return service;
+    return {};
+  }
+  std::shared_ptr<const Dictionary> state(const std::string& name, const std::string& part) {
+    return session->value("State:/Network/Service/" + serviceOf(name) + "/" + part);
+  }
+  std::optional<bool> active(const std::string& name) {
+    const auto link = session->value("State:/Network/Interface/" + name + "/Link");
+    return link ? link->boolean("Active") : std::nullopt;
+  }
+  std::string primary() {
+    return textOf(session->value("State:/Network/Global/IPv4"), "PrimaryInterface");
+  }
+  Texts servers(const std::string& name) { return textsOf(state(name, "DNS"), "ServerAddresses"); }
+
+  testing::TemporaryFolder folder;
+  ConfigurationSources sources;
+  int told = 0;
+  std::unique_ptr<ConfigurationSession> session;
+};
+
+/// The links but the loopback, as ip(8) lists them.
+std::set<std::string> listedLinks() {
+  std::set<std::string> names;
+  for (const auto& link : ipTold("link"))
+    if (link["link_type"] != "loopback") names.insert(link["ifname"].get<std::string>());
+  return names;
+}
+
+Texts listedAddresses(const nlohmann::json& link, const std::string& family) {
+  Texts texts;
+  for (const auto& each : link["addr_info"])
+    if (each["family"] == family) texts.push_back(each["local"].get<std::string>());
+  return texts;
+}
+
+/// Whether all that both tell agrees.
+bool agrees(Opened& opened) {
+  bool agree = opened.devices() == listedLinks();
+  for (const auto& link : ipTold("addr")) {
+    const auto name = link["ifname"].get<std::string>();
+    if (link["link_type"] == "loopback") continue;
+    const auto& flags = link["flags"];
+    const bool carrier = std::find(flags.begin(), flags.end(), "LOWER_UP") != flags.end();
+    const auto ipv6 = opened.session->value("State:/Network/Interface/" + name + "/IPv6");
+    agree &= textsOf(opened.state(name, "IPv4"), "Addresses") == listedAddresses(link, "inet") &&
+             textsOf(ipv6, "Addresses") == listedAddresses(link, "inet6") &&
+             opened.active(name) == carrier;
+  }
+  return agree;
+}
+
+TEST(LiveConfiguration, AddressesAndLinkStateAgreeWithIp) {
+  inNetworkNamespace([] {
+    addPair("va", "vb");
+    ip("link add br9 type bridge");
+    ip("addr add 10.1.2.3/24 dev va");
+    ip("addr add 10.1.2.4/24 dev va");
+    ip("addr add 172.16.0.1 peer 172.16.0.2/32 dev vb");
+    ip("addr add fd00:1::5/64 dev va nodad");
+    Opened opened;
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened); }));
+    EXPECT_EQ(textsOf(opened.state("va", "IPv4"), "SubnetMasks"),
+              (Texts{"255.255.255.0", "255.255.255.0"}));
+    ip("addr add 10.7.0.1/8 dev vb");
+    ip("addr add fd00:2::6/64 dev vb nodad");
+    ip("link set br9 up");
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened) && opened.told > 0; }));
+    ip("addr del 10.1.2.3/24 dev va");
+    ip("addr del fd00:1::5/64 dev va");
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened); }));
+    EXPECT_TRUE(comesToHold([&] { return opened.active("va") == true; }));
+  });
+}
+
+TEST(LiveConfiguration, RoutesAgreeWithIp) {
+  inNetworkNamespace([] {
+    addPair("va", "vb");
+    ip("addr add 10.1.0.2/24 dev va");
+    ip("addr add 10.2.0.2/24 dev vb");
+    Opened opened;
+    EXPECT_EQ(opened.primary(), "");
+    ASSERT_TRUE(comesToHold([&] { return opened.active("va") == true; }));
+    ip("route add default via 10.1.0.1 dev va metric 100");
+    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "va"; }));
+    ip("route add default via 10.2.0.1 dev vb metric 50");
+    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "vb"; }));
+    const auto routes = ipTold("route show default");
+    ASSERT_EQ(routes.size(), 2u);
+    EXPECT_EQ(textOf(opened.state("vb", "IPv4"), "Router"), routes[0]["gateway"]);
+    EXPECT_EQ(textOf(opened.state("va", "IPv4"), "Router"), routes[1]["gateway"]);
+    EXPECT_EQ(opened.order(), (Texts{opened.serviceOf("vb"), opened.serviceOf("va")}));
+    EXPECT_EQ(textOf(opened.session->value("State:/Network/Global/IPv4"), "PrimaryService"),
+              opened.serviceOf("vb"));
+  });
+}
+
+TEST(LiveConfiguration, RoutesThatGoWithoutAWordAreSeenToGo) {
+  inNetworkNamespace([] {
+    addPair("va", "vb");
+    ip("addr add 10.1.0.2/24 dev va");
+    ip("addr add 10.2.0.2/24 dev vb");
+    ip("route add default via 10.1.0.1 dev va metric 100");
+    ip("route add default via 10.2.0.1 dev vb metric 200");
+    Opened opened;
+    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "va"; }));
+    ip("addr del 10.1.0.2/24 dev va");
+    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "vb"; }));
+    ip("link set vb down");
+    EXPECT_TRUE(comesToHold([&] { return opened.primary().empty(); }));
+    EXPECT_TRUE(ipTold("route show default").empty());
+  });
+}
+
+TEST(LiveConfiguration, ALinkGoesDownAndUpIsRenamedRemovedAndAdded) {
+  inNetworkNamespace([] {
+    addPair("va", "vb");
+    Opened opened;
+    EXPECT_TRUE(comesToHold([&] { return opened.active("va") == true; }));
+    ip("link set va down");
+    EXPECT_TRUE(comesToHold([&] { return opened.active("va") == false; }));
+    ip("link set va up");
+    EXPECT_TRUE(comesToHold([&] { return opened.active("va") == true; }));
+    ip("link set vb down");  // its peer loses the carrier
+    EXPECT_TRUE(comesToHold([&] { return opened.active("va") == false; }));
+    ip("link set va name vc");
+    EXPECT_TRUE(comesToHold([&] { return opened.devices() == listedLinks(); }));
+    EXPECT_TRUE(opened.devices().contains("vc"));
+    EXPECT_FALSE(opened.active("va"));
+    ip("link del vc");
+    EXPECT_TRUE(comesToHold([&] { return opened.devices() == listedLinks(); }));
+    EXPECT_FALSE(opened.devices().contains("vc"));
+    addPair("vc", "vd");
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened) && opened.devices().contains("vd"); }));
+  });
+}
+
+/// Commands that make, or remove, two hundred links.
+void makeMany(const std::string& folder) {
+  std::ofstream batch(folder + "/make");
+  for (int each = 0; each < 100; ++each)
+    batch << "link add m" << each << " type veth peer name n" << each << "\n";
+  batch.close();
+  ip("-batch " + folder + "/make");
+}
+
+void removeMany(const std::string& folder) {
+  std::ofstream batch(folder + "/remove");
+  for (int each = 0; each < 100; ++each) batch << "link del m" << each << "\n";
+  batch.close();
+  ip("-batch " + folder + "/remove");
+}
+
+TEST(LiveConfiguration, TwoHundredLinksInABurstEndInTheRightList) {
+  inNetworkNamespace([] {
+    Opened opened;
+    std::thread maker([&] { makeMany(opened.folder.path()); });
+    EXPECT_TRUE(
+        comesToHold([&] { return opened.devices().size() >= 200; }, std::chrono::seconds(60)));
+    maker.join();
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened); }));
+    std::thread remover([&] { removeMany(opened.folder.path()); });
+    remover.join();
+    EXPECT_TRUE(comesToHold([&] { return opened.devices() == listedLinks(); }));
+    EXPECT_EQ(opened.serviceOf("m0"), "");
+  });
+}
+
+TEST(LiveConfiguration, AfterAnOverrunEverythingIsReadAnew) {
+  inNetworkNamespace([] {
+    Opened opened(2048);
+    // Nobody reads meanwhile: all but the first messages are lost.
+    makeMany(opened.folder.path());
+    ip("addr add 10.8.0.1/24 dev m99");
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened); }));
+    EXPECT_GE(opened.devices().size(), 200u);
+    removeMany(opened.folder.path());
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened); }));
+  });
+}
+
+TEST(LiveConfiguration, ABurstIsToldOnce) {
+  inNetworkNamespace([] {
+    addPair("va", "vb");
+    Opened opened;
+    ASSERT_TRUE(comesToHold([&] { return agrees(opened) && opened.active("va") == true; }));
+    comesToHold([] { return false; }, std::chrono::milliseconds(1500));  // addresses of their own
+    opened.told = 0;
+    std::ofstream batch(opened.folder.path("batch"));
+    for (int each = 1; each <= 100; ++each) batch << "addr add 10.1.0." << each << "/24 dev va\n";
+    batch.close();
+    ip("-batch " + opened.folder.path("batch"));
+    ASSERT_TRUE(comesToHold(
+        [&] { return textsOf(opened.state("va", "IPv4"), "Addresses").size() == 100; }));
+    comesToHold([] { return false; }, std::chrono::milliseconds(50));
+    EXPECT_EQ(opened.told, 1);
+  });
+}
+
+TEST(LiveConfiguration, ATunDeviceOfPppTypeIsAPppLink) {
+  inNetworkNamespace([] {
+    const auto tun = testing::tunDevice("ppp7", 512);
+    if (!tun) GTEST_SKIP() << "no tun devices here";
+    Opened opened;
+    const auto service = opened.serviceOf("ppp7");
+    const auto interface =
+        opened.session->value("Setup:/Network/Service/" + service + "/Interface");
+    EXPECT_EQ(textOf(interface, "Hardware"), "PPP");
+    EXPECT_EQ(textOf(interface, "Type"), "PPP");
+    EXPECT_EQ(textOf(opened.state("ppp7", "PPP"), "InterfaceName"), "ppp7");
+    EXPECT_FALSE(opened.state("ppp7", "PPP")->contains("Status"));
+    ip("link set ppp7 up");
+    EXPECT_TRUE(comesToHold([&] { return opened.state("ppp7", "PPP")->int64("Status") == 8; }));
+  });
+}
+
+/// A machine with a default route, whose resolver's file says what a test writes.
+struct Resolving : Opened {
+  void write(const std::string& path, const std::string& text) {
+    const auto whole = folder.path(path);
+    std::filesystem::create_directories(std::filesystem::path(whole).parent_path());
+    std::ofstream(whole) << text;
+  }
+  bool comesToBe(const Texts& expected) {
+    return comesToHold([&] { return servers("va") == expected; });
+  }
+};
+
+void withRoute() {
+  addPair("va", "vb");
+  ip("addr add 10.1.0.2/24 dev va");
+  ip("route add default via 10.1.0.1 dev va");
+}
+
+TEST(LiveResolver, ServersFollowTheFileHoweverItIsWritten) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    EXPECT_EQ(opened.servers("va"), Texts{});
+    opened.write("resolv.conf", "nameserver 10.0.0.1\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
+    opened.write("resolv.conf", "nameserver 10.0.0.2\n");  // of the same size
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
+    opened.write("new", "nameserver 10.0.0.3\nnameserver ::1\n");
+    std::filesystem::rename(opened.folder.path("new"), opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.3", "::1"}));
+    std::filesystem::remove(opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({}));
+  });
+}
+
+TEST(LiveResolver, ServersBehindTheStubAreThoseOfItsList) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    opened.write("resolv.conf", "nameserver 127.0.0.53\noptions edns0\n");
+    EXPECT_TRUE(opened.comesToBe({"127.0.0.53"}));
+    opened.write("run/resolv.conf", "nameserver 10.0.0.4\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.4"}));
+    opened.write("run/resolv.conf", "nameserver 10.0.0.5\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.5"}));
+    opened.write("resolv.conf", "nameserver 10.0.0.6\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.6"}));
+  });
+}
+
+TEST(LiveResolver, ALinkElsewhereIsFollowed) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    opened.write("elsewhere/one", "nameserver 10.0.0.7\n");
+    opened.write("elsewhere/two", "nameserver 10.0.0.8\n");
+    std::filesystem::create_symlink("elsewhere/one", opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.7"}));
+    opened.write("elsewhere/one", "nameserver 10.0.0.9\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.9"}));
+    std::filesystem::create_symlink("elsewhere/two", opened.folder.path("link"));
+    std::filesystem::rename(opened.folder.path("link"), opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.8"}));
+  });
+}
+
+TEST(LiveConfiguration, TheMachinesOwnAgreesWithIpAndResolvConf) {
+  const auto session = systemConfigurationStore()->open("test", {}, [] {});
+  ASSERT_TRUE(session);
+  std::set<std::string> names;
+  Texts servers;
+  for (const auto& service :
+       textsOf(session->value("Setup:/Network/Global/IPv4"), "ServiceOrder")) {
+    names.insert(
+        textOf(session->value("Setup:/Network/Service/" + service + "/Interface"), "DeviceName"));
+    for (const auto& each :
+         textsOf(session->value("State:/Network/Service/" + service + "/DNS"), "ServerAddresses"))
+      servers.push_back(each);
+  }
+  for (const auto& link : listedLinks()) EXPECT_TRUE(names.contains(link)) << link;
+  const auto routes = ipTold("route show default");
+  if (routes.empty()) GTEST_SKIP() << "no default route, so no service has the servers";
+  const auto file = testing::run("awk '/^nameserver/ {print $2}' /etc/resolv.conf").text;
+  if (file.find("127.0.0.53") != file.npos) GTEST_SKIP() << "the servers are behind a stub";
+  std::string listed;
+  for (const auto& each : servers) listed += each + "\n";
+  EXPECT_EQ(listed, file);
+}
+
+TEST(LiveConfiguration, AThousandChangesOpenNoDescriptor) {
+  inNetworkNamespace([] {
+    addPair("va", "vb");
+    Resolving opened;
+    ASSERT_TRUE(comesToHold([&] { return agrees(opened); }));
+    const auto before = testing::openDescriptors();
+    std::ofstream batch(opened.folder.path("batch"));
+    for (int each = 0; each < 500; ++each)
+      batch << "addr add 10.1.0.1/24 dev va\naddr del 10.1.0.1/24 dev va\n";
+    batch.close();
+    std::thread changer([&] { ip("-batch " + opened.folder.path("batch")); });
+    for (int each = 0; each < 50; ++each) {
+      opened.write("resolv.conf", "nameserver 10.0.0." + std::to_string(each) + "\n");
+      comesToHold([] { return false; }, std::chrono::milliseconds(5));
+    }
+    changer.join();
+    EXPECT_TRUE(comesToHold([&] { return agrees(opened); }));
+    EXPECT_EQ(testing::openDescriptors(), before);
+    opened.session.reset();
+    comesToHold([] { return false; }, std::chrono::milliseconds(5));
+    EXPECT_LT(testing::openDescriptors(), before);
+  });
+}
+
+}  // namespace
+}  // namespace vantile

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/if_tun.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <exception>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+
+#include "vantile/foundation/run_loop.h"
+#include "vantile/platform/posix/descriptor.h"
+
+#include "live/command.h"
+
+namespace vantile::testing {
+
+/// Calls `body` on a thread of its own in a network namespace of its own, which programs that it
+/// runs share. Skips where the system refuses.
+inline void inNetworkNamespace(const std::function<void()>& body) {
+  std::string refusal;
+  std::thread([&] {
+    if (::unshare(CLONE_NEWNET) != 0) {
+      refusal = std::strerror(errno);
+    } else {
+      try {
+        body();
+      } catch (const std::exception& error) {
+        ADD_FAILURE() << error.what();
+      }
+    }
+  }).join();
+  if (!refusal.empty()) GTEST_SKIP() << "no network namespace: " << refusal;
+}
+
+/// Runs ip(8), which is to succeed.
+inline std::string ip(const std::string& arguments) {
+  const auto output = run("ip " + arguments);
+  EXPECT_EQ(output.status, 0) << "ip " << arguments << ": " << output.text;
+  return output.text;
+}
+
+/// What ip(8) tells.
+inline nlohmann::json ipTold(const std::string& arguments) {
+  return nlohmann::json::parse(ip("-j " + arguments));
+}
+
+inline void addPair(const std::string& one, const std::string& other) {
+  ip("link add " + one + " type veth peer name " + other);
+  ip("link set " + one + " up");
+  ip("link set " + other + " up");
+}
+
+/// Serves the thread's loop until `holds`, for so long at most. Whether it came to hold. The
+/// kernel tells of carriers up to 1.4 s late.
+inline bool comesToHold(const std::function<bool()>& holds,
+                        std::chrono::milliseconds within = std::chrono::seconds(10)) {
+  auto& loop = RunLoop::current();
+  const auto until = std::chrono::steady_clock::now() + within;
+  while (!holds()) {
+    if (std::chrono::steady_clock::now() >= until) return false;
+    const auto wake = loop.after(std::chrono::milliseconds(5), [&loop] { loop.stop(); });
+    loop.run();
+  }
+  return true;
+}
+
+/// A tun device of that name, whose links are of that type, as long as the descriptor is open.
+inline Descriptor tunDevice(const std::string& name, int linkType) {
+  Descriptor tun(::open("/dev/net/tun", O_RDWR | O_CLOEXEC));
+  ifreq request = {};
+  name.copy(request.ifr_name, IFNAMSIZ - 1);
+  request.ifr_flags = IFF_TUN | IFF_NO_PI;
+  if (!tun || ::ioctl(tun.get(), TUNSETIFF, &request) != 0) return {};
+  if (::ioctl(tun.get(), TUNSETLINK, linkType) != 0) return {};
+  return tun;
+}
+
+/// How many descriptors this process has open.
+inline std::size_t openDescriptors() {
+  std::size_t count = 0;
+  for (int each = 0; each < 4096; ++each) count += ::fcntl(each, F_GETFD) >= 0;
+  return count;
+}
+
+}  // namespace vantile::testing
