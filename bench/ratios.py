@@ -18,6 +18,9 @@ COMPARISONS = [
     ("process tick", "bare reads of processes", 3.0),
     ("process tick", "one run of ps", 1 / 10),
     ("battery update", "bare reads of supplies", 2.0),
+    ("network counters", "bare list of counters", 3.0),
+    ("network counters", "psutil counters", 1 / 10),
+    ("configuration answer", "bare list of counters", None),
     ("trv_all_app", "find -type d", 1.0),
     ("trv_all_app", "find", 1.0),
     ("trv_all_app", "fts, names", None),
@@ -41,7 +44,7 @@ def measured(files):
                 sys.exit(f"{run['name']}: {run['error_message']}")
             unit = NANOSECONDS[run["time_unit"]]
             processor = run["processor"] * 1e6 if "processor" in run else run["cpu_time"] * unit
-            name = run["run_name"].removesuffix("/real_time")
+            name = run["run_name"].split("/")[0]
             times.setdefault(name, []).append((processor, run["real_time"] * unit))
     return times
 
