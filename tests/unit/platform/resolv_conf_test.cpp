@@ -45,6 +45,22 @@ TEST(ResolvConf, WhatIsNoAddressIsLeftOut) {
   EXPECT_TRUE(parseResolvConf("nameserver \xFF\xFE:\n").empty());
 }
 
+TEST(ResolvConf, AnAddressIsWholeAndNoMore) {
+  const auto isAddress = [](const std::string& text) {
+    return parseResolvConf("nameserver " + text + "\n") == Servers{text};
+  };
+  for (const char* const address :
+       {"0.0.0.0", "255.255.255.255", "::", "::1", "1::", "1:2:3:4:5:6:7:8", "1::8", "A:b::C",
+        "::ffff:1.2.3.4", "1:2:3:4:5:6:7.8.9.10", "fe80::1%eth0", "1:2:3:4:5:6:7::"})
+    EXPECT_TRUE(isAddress(address)) << address;
+  for (const char* const address :
+       {"1.2.3",    "1.2.3.4.5", "1.2.3.256",   "1.2.3.",   ".1.2.3",       "1..2.3",
+        "1.2.3.04", "1.2.3.4x",  ":",           ":::",      "1:2",          "1:2:3:4:5:6:7:8:9",
+        "1::2::3",  "12345::",   "1:",          ":1",       "::1:",         "1:2:3:4:5:6:7:8::",
+        "g::",      "1.2.3.4::", "::1.2.3.4:5", "fe80::1%", "fe80::1%\x01", "fe80::1%eth0\r"})
+    EXPECT_FALSE(isAddress(address)) << address;
+}
+
 TEST(ResolverStubs, AreThoseOfSystemdAlone) {
   EXPECT_TRUE(areStubs({"127.0.0.53"}));
   EXPECT_TRUE(areStubs({"127.0.0.53", "127.0.0.54"}));
