@@ -3,18 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "vantile/platform/linux/configuration_store.h"
-
-#include "fakes/temporary_folder.h"
 #include "live/network_namespace.h"
+#include "live/opened_configuration.h"
 
 namespace vantile {
 namespace {
@@ -24,65 +20,10 @@ using testing::comesToHold;
 using testing::inNetworkNamespace;
 using testing::ip;
 using testing::ipTold;
-using Texts = std::vector<std::string>;
-
-Texts textsOf(const std::shared_ptr<const Dictionary>& dictionary, std::string_view name) {
-  Texts texts;
-  const auto* const value = dictionary ? dictionary->find(name) : nullptr;
-  const auto* const array = value ? value->as<std::shared_ptr<Array>>() : nullptr;
-  if (array)
-    for (const auto& each : **array) texts.push_back(*each.as<std::string>());
-  return texts;
-}
-
-std::string textOf(const std::shared_ptr<const Dictionary>& dictionary, std::string_view name) {
-  const auto* const text = dictionary ? dictionary->text(name) : nullptr;
-  return text ? *text : std::string();
-}
-
-/// A session with a resolver's file of the test's own and no NetworkManager.
-struct Opened {
-  explicit Opened(int eventBuffer = 0) {
-    sources.resolver = {folder.path("resolv.conf"), folder.path("run/resolv.conf")};
-    sources.follow = [](std::function<void()>) { return nullptr; };
-    sources.open = [eventBuffer](int bus, unsigned groups) {
-      return openNetlink(bus, groups, groups != 0 ? eventBuffer : 0);
-    };
-    session = LinuxConfigurationStore(sources).open("test", {}, [this] { ++told; });
-    if (!session) throw std::runtime_error("no session");
-  }
-
-  Texts order() { return textsOf(session->value("Setup:/Network/Global/IPv4"), "ServiceOrder"); }
-  std::string device(const std::string& service) {
-    return textOf(session->value("Setup:/Network/Service/" + service + "/Interface"), "DeviceName");
-  }
-  std::set<std::string> devices() {
-    std::set<std::string> names;
-    for (const auto& service : order()) names.insert(device(service));
-    return names;
-  }
-  std::string serviceOf(const std::string& name) {
-    for (auto& service : order())
-      if (device(service) == name) return service;
-    return {};
-  }
-  std::shared_ptr<const Dictionary> state(const std::string& name, const std::string& part) {
-    return session->value("State:/Network/Service/" + serviceOf(name) + "/" + part);
-  }
-  std::optional<bool> active(const std::string& name) {
-    const auto link = session->value("State:/Network/Interface/" + name + "/Link");
-    return link ? link->boolean("Active") : std::nullopt;
-  }
-  std::string primary() {
-    return textOf(session->value("State:/Network/Global/IPv4"), "PrimaryInterface");
-  }
-  Texts servers(const std::string& name) { return textsOf(state(name, "DNS"), "ServerAddresses"); }
-
-  testing::TemporaryFolder folder;
-  ConfigurationSources sources;
-  int told = 0;
-  std::unique_ptr<ConfigurationSession> session;
-};
+using testing::Opened;
+using testing::textOf;
+using testing::Texts;
+using testing::textsOf;
 
 /// The links but the loopback, as ip(8) lists them.
 std::set<std::string> listedLinks() {
@@ -279,72 +220,6 @@ TEST(LiveConfiguration, ATunDeviceOfPppTypeIsAPppLink) {
   });
 }
 
-/// A machine with a default route, whose resolver's file says what a test writes.
-struct Resolving : Opened {
-  void write(const std::string& path, const std::string& text) {
-    const auto whole = folder.path(path);
-    std::filesystem::create_directories(std::filesystem::path(whole).parent_path());
-    std::ofstream(whole) << text;
-  }
-  bool comesToBe(const Texts& expected) {
-    return comesToHold([&] { return servers("va") == expected; });
-  }
-};
-
-void withRoute() {
-  addPair("va", "vb");
-  ip("addr add 10.1.0.2/24 dev va");
-  ip("route add default via 10.1.0.1 dev va");
-}
-
-TEST(LiveResolver, ServersFollowTheFileHoweverItIsWritten) {
-  inNetworkNamespace([] {
-    withRoute();
-    Resolving opened;
-    EXPECT_EQ(opened.servers("va"), Texts{});
-    opened.write("resolv.conf", "nameserver 10.0.0.1\n");
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
-    opened.write("resolv.conf", "nameserver 10.0.0.2\n");  // of the same size
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
-    opened.write("new", "nameserver 10.0.0.3\nnameserver ::1\n");
-    std::filesystem::rename(opened.folder.path("new"), opened.folder.path("resolv.conf"));
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.3", "::1"}));
-    std::filesystem::remove(opened.folder.path("resolv.conf"));
-    EXPECT_TRUE(opened.comesToBe({}));
-  });
-}
-
-TEST(LiveResolver, ServersBehindTheStubAreThoseOfItsList) {
-  inNetworkNamespace([] {
-    withRoute();
-    Resolving opened;
-    opened.write("resolv.conf", "nameserver 127.0.0.53\noptions edns0\n");
-    EXPECT_TRUE(opened.comesToBe({"127.0.0.53"}));
-    opened.write("run/resolv.conf", "nameserver 10.0.0.4\n");
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.4"}));
-    opened.write("run/resolv.conf", "nameserver 10.0.0.5\n");
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.5"}));
-    opened.write("resolv.conf", "nameserver 10.0.0.6\n");
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.6"}));
-  });
-}
-
-TEST(LiveResolver, ALinkElsewhereIsFollowed) {
-  inNetworkNamespace([] {
-    withRoute();
-    Resolving opened;
-    opened.write("elsewhere/one", "nameserver 10.0.0.7\n");
-    opened.write("elsewhere/two", "nameserver 10.0.0.8\n");
-    std::filesystem::create_symlink("elsewhere/one", opened.folder.path("resolv.conf"));
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.7"}));
-    opened.write("elsewhere/one", "nameserver 10.0.0.9\n");
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.9"}));
-    std::filesystem::create_symlink("elsewhere/two", opened.folder.path("link"));
-    std::filesystem::rename(opened.folder.path("link"), opened.folder.path("resolv.conf"));
-    EXPECT_TRUE(opened.comesToBe({"10.0.0.8"}));
-  });
-}
-
 TEST(LiveConfiguration, TheMachinesOwnAgreesWithIpAndResolvConf) {
   const auto session = systemConfigurationStore()->open("test", {}, [] {});
   ASSERT_TRUE(session);
@@ -371,7 +246,7 @@ TEST(LiveConfiguration, TheMachinesOwnAgreesWithIpAndResolvConf) {
 TEST(LiveConfiguration, AThousandChangesOpenNoDescriptor) {
   inNetworkNamespace([] {
     addPair("va", "vb");
-    Resolving opened;
+    Opened opened;
     ASSERT_TRUE(comesToHold([&] { return agrees(opened); }));
     const auto before = testing::openDescriptors();
     std::ofstream batch(opened.folder.path("batch"));
@@ -380,7 +255,7 @@ TEST(LiveConfiguration, AThousandChangesOpenNoDescriptor) {
     batch.close();
     std::thread changer([&] { ip("-batch " + opened.folder.path("batch")); });
     for (int each = 0; each < 50; ++each) {
-      opened.write("resolv.conf", "nameserver 10.0.0." + std::to_string(each) + "\n");
+      std::ofstream(opened.folder.path("resolv.conf")) << "nameserver 10.0.0." << each << "\n";
       comesToHold([] { return false; }, std::chrono::milliseconds(5));
     }
     changer.join();

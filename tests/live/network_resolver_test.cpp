@@ -1,0 +1,117 @@
+// The servers of a service, after a resolver's file that the tests write.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "live/network_namespace.h"
+#include "live/opened_configuration.h"
+
+namespace vantile {
+namespace {
+
+using testing::addPair;
+using testing::comesToHold;
+using testing::inNetworkNamespace;
+using testing::ip;
+using testing::Opened;
+using testing::Texts;
+
+/// A machine with a default route, whose resolver's file says what a test writes.
+struct Resolving : Opened {
+  void write(const std::string& path, const std::string& text) {
+    const auto whole = folder.path(path);
+    std::filesystem::create_directories(std::filesystem::path(whole).parent_path());
+    std::ofstream(whole) << text;
+  }
+  bool comesToBe(const Texts& expected) {
+    return comesToHold([&] { return servers("va") == expected; });
+  }
+};
+
+void withRoute() {
+  addPair("va", "vb");
+  ip("addr add 10.1.0.2/24 dev va");
+  ip("route add default via 10.1.0.1 dev va");
+}
+
+TEST(LiveResolver, ServersFollowTheFileHoweverItIsWritten) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    EXPECT_EQ(opened.servers("va"), Texts{});
+    opened.write("resolv.conf", "nameserver 10.0.0.1\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
+    opened.write("resolv.conf", "nameserver 10.0.0.2\n");  // of the same size
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
+    opened.write("new", "nameserver 10.0.0.3\nnameserver ::1\n");
+    std::filesystem::rename(opened.folder.path("new"), opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.3", "::1"}));
+    std::filesystem::remove(opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({}));
+  });
+}
+
+TEST(LiveResolver, ServersBehindTheStubAreThoseOfItsList) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    opened.write("resolv.conf", "nameserver 127.0.0.53\noptions edns0\n");
+    EXPECT_TRUE(opened.comesToBe({"127.0.0.53"}));
+    opened.write("run/resolv.conf", "nameserver 10.0.0.4\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.4"}));
+    opened.write("run/resolv.conf", "nameserver 10.0.0.5\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.5"}));
+    opened.write("resolv.conf", "nameserver 10.0.0.6\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.6"}));
+  });
+}
+
+TEST(LiveResolver, ALinkElsewhereIsFollowed) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    opened.write("elsewhere/one", "nameserver 10.0.0.7\n");
+    opened.write("elsewhere/two", "nameserver 10.0.0.8\n");
+    std::filesystem::create_symlink("elsewhere/one", opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.7"}));
+    opened.write("elsewhere/one", "nameserver 10.0.0.9\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.9"}));
+    std::filesystem::create_symlink("elsewhere/two", opened.folder.path("link"));
+    std::filesystem::rename(opened.folder.path("link"), opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.8"}));
+  });
+}
+
+TEST(LiveResolver, AFileThatIsWrittenUnderAnotherNameIsRead) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    // As where the file is mounted from elsewhere: its folder is told nothing.
+    opened.write("elsewhere/one", "nameserver 10.0.0.1\n");
+    std::filesystem::create_hard_link(opened.folder.path("elsewhere/one"),
+                                      opened.folder.path("resolv.conf"));
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
+    opened.write("elsewhere/one", "nameserver 10.0.0.22\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.22"}));
+  });
+}
+
+TEST(LiveResolver, AFileThatIsWrittenWithinOneTickOfItsClockIsRead) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    opened.write("resolv.conf", "nameserver 10.0.0.1\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
+    const auto path = opened.folder.path("resolv.conf");
+    const auto modified = std::filesystem::last_write_time(path);
+    opened.write("resolv.conf", "nameserver 10.0.0.2\n");
+    std::filesystem::last_write_time(path, modified);
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
+  });
+}
+
+}  // namespace
+}  // namespace vantile
