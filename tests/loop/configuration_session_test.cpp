@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <thread>
@@ -253,6 +254,35 @@ TEST(ConfigurationSession, AChannelThatFailsIsOpenedAnew) {
     it.tell(message(RTM_NEWLINK, linkPayload(8, "usb0", running)));
     it.serve();
     EXPECT_EQ(it.devices(), (Texts{"wlan0", "usb0"}));
+  });
+}
+
+TEST(ConfigurationSession, AChannelThatCantBeOpenedYetIsTriedAgain) {
+  onNewThread([](Session& it) {
+    ASSERT_TRUE(it.open());
+    it.links({linkPayload(7, "wlan0", running)});
+    it.kernel.opens = false;
+    it.fail(Outcome::failed);
+    it.serve();
+    it.kernel.opens = true;
+    it.kernel.descriptor = -1;  // which the loop refuses
+    it.serve(std::chrono::milliseconds(400));
+    EXPECT_EQ(it.told, 0);
+    it.kernel.descriptor = it.counter.get();
+    it.serve(std::chrono::milliseconds(400));
+    EXPECT_EQ(it.devices(), Texts{"wlan0"});
+    EXPECT_EQ(it.told, 1);
+  });
+}
+
+TEST(ConfigurationSession, ServersAreLookedAtWithEveryChange) {
+  onNewThread([](Session& it) {
+    ASSERT_TRUE(it.open());
+    std::ofstream(it.folder.path("resolv.conf")) << "nameserver 10.0.0.1\n";
+    it.managerChanged();
+    it.serve();
+    EXPECT_EQ(it.textsOf("State:/Network/Service/interface-eth0/DNS", "ServerAddresses"),
+              Texts{"10.0.0.1"});
   });
 }
 

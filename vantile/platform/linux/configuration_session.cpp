@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "vantile/platform/linux/link_requests.h"
@@ -17,7 +18,7 @@ using namespace std::chrono_literals;
 constexpr auto quiet = 1ms, longestBurst = 3ms;
 // The kernel tells that an address goes before it lets go of the routes that hang on it.
 constexpr auto secondLook = 20ms;
-constexpr auto untilRetry = 100ms;
+constexpr auto untilRetry = 250ms;
 
 constexpr int mostReads = 1024;  // before the loop's other work has its turn
 constexpr unsigned groups =
@@ -75,6 +76,17 @@ bool LinuxConfigurationSession::follow() {
   return true;
 }
 
+bool LinuxConfigurationSession::followAnew() {
+  source_.reset();
+  events_.reset();
+  try {
+    return follow();
+  } catch (const std::system_error&) {
+    events_.reset();  // the loop takes no more descriptors for now
+    return false;
+  }
+}
+
 /// Takes in what the kernel told. False when there is more, or no channel any longer.
 bool LinuxConfigurationSession::drain() {
   for (int reads = 0; reads < mostReads; ++reads) {
@@ -89,8 +101,7 @@ bool LinuxConfigurationSession::drain() {
         break;
       case NetlinkChannel::Outcome::failed:
         stale_ = Stale::everything();
-        source_.reset();
-        return follow();
+        return followAnew();
     }
   }
   return false;
@@ -162,7 +173,9 @@ bool LinuxConfigurationSession::refresh() {
   stale_.addresses = stale_.addresses && !listAddresses();
   stale_.routes = stale_.routes && !listRoutes();
   if (std::exchange(stale_.wireless, false)) replace(network_.wireless, generic_.wirelessLinks());
-  if (std::exchange(stale_.servers, false)) replace(network_.servers, resolver_->look());
+  // In any case: their files may be out of inotify's reach.
+  replace(network_.servers, resolver_->look());
+  stale_.servers = false;
   return !stale_.any();
 }
 

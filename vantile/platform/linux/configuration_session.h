@@ -39,6 +39,7 @@ class LinuxConfigurationSession final : public ConfigurationSession {
   LinuxConfigurationSession(const ConfigurationSources& sources, std::function<void()> changed);
 
   bool follow();
+  bool followAnew();
   bool drain();
   void takeIn(std::string_view datagram);
   void takeLink(bool came, std::string_view payload);

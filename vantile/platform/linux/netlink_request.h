@@ -30,7 +30,7 @@ class NetlinkRequest {
     ::mnl_attr_put_u32_check(header_, bytes_.size(), type, number);
     return *this;
   }
-  /// With a terminating zero. `text` up to its own first one.
+  /// With a terminating zero; 63 bytes at most.
   NetlinkRequest& add(std::uint16_t type, std::string_view text) {
     std::array<char, 64> terminated{};
     const auto size = text.copy(terminated.data(), terminated.size() - 1);

@@ -92,12 +92,16 @@ const NetworkLink* linkCalled(const NetworkModel& network, std::string_view name
   return found == network.links.end() ? nullptr : &*found;
 }
 
+bool isItsAlone(const NetworkModel& network, const std::string& permanentAddress) {
+  return std::count_if(network.links.begin(), network.links.end(), [&](const auto& each) {
+           return each.permanentAddress == permanentAddress;
+         }) == 1;
+}
+
 std::string ownIdentifier(const NetworkModel& network, const NetworkLink& link) {
   const auto& address = link.permanentAddress;
-  const auto of = std::count_if(network.links.begin(), network.links.end(),
-                                [&](const auto& each) { return each.permanentAddress == address; });
-  return !address.empty() && of == 1 ? "hardware-" + hexadecimal(address)
-                                     : "interface-" + link.name;
+  const bool identifies = !address.empty() && isItsAlone(network, address);
+  return identifies ? "hardware-" + hexadecimal(address) : "interface-" + link.name;
 }
 
 NetworkService serviceOf(const NetworkModel& network, const ManagedConnection& connection) {
