@@ -58,8 +58,7 @@ TEST(Links, AreReadAsRecorded) {
 }
 
 TEST(Links, CountersAreTheBytesOfTheLink) {
-  const auto links = fixture("netlink-links.bin"),
-             counters = fixture("netlink-counters.bin");
+  const auto links = fixture("netlink-links.bin"), counters = fixture("netlink-counters.bin");
   const auto ofLinks = recorded(links, parseLinkMessage);
   const auto alone = recorded(counters, parseCountersMessage);
   ASSERT_EQ(ofLinks.size(), 6u);

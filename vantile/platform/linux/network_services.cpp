@@ -143,6 +143,7 @@ std::vector<const NetworkLink*> others(const NetworkModel& network,
   }
   std::sort(ranked.begin(), ranked.end());
   std::vector<const NetworkLink*> links;
+  links.reserve(ranked.size());
   for (const auto& [rank, link] : ranked) links.push_back(link);
   return links;
 }
