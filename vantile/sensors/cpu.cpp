@@ -1,15 +1,13 @@
 #include "vantile/sensors/cpu.h"
 
 #include <algorithm>
-#include <iomanip>
-#include <locale>
-#include <sstream>
 #include <utility>
 
 #include "vantile/foundation/guard.h"
 #include "vantile/sensors/sensors_ports.h"
 #include "vantile/sensors/shared_cpu_monitor.h"
 #include "vantile/sensors/smc.h"
+#include "vantile/utility/strings.h"
 
 namespace vantile {
 namespace {
@@ -38,12 +36,8 @@ std::optional<double> processorTemperature() {
   return celsius > 0 ? std::optional(celsius) : std::nullopt;
 }
 
-/// With two decimals and a point, whatever the host's locale.
 std::string withUnit(float number, const char* unit) {
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
-  text << std::fixed << std::setprecision(2) << static_cast<double>(number) << unit;
-  return text.str();
+  return twoDecimals(static_cast<double>(number)) + unit;
 }
 
 }  // namespace

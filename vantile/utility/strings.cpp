@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iomanip>
 #include <iterator>
 #include <limits>
 #include <locale>
@@ -113,6 +114,13 @@ double doubleValue(std::string_view text) {
   if (number.whole.empty() && number.fraction.empty()) return 0;
   const auto exact = exactly(number);
   return std::copysign(exact ? *exact : approximately(number), number.isNegative ? -1.0 : 1.0);
+}
+
+std::string twoDecimals(double number) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::fixed << std::setprecision(2) << number;
+  return text.str();
 }
 
 }  // namespace vantile

@@ -28,4 +28,7 @@ VANTILE_API std::int32_t intValue(std::string_view text);
 /// hold gives infinity.
 VANTILE_API double doubleValue(std::string_view text);
 
+/// The number with two decimals and a point, whatever the locale: "1234.50".
+VANTILE_API std::string twoDecimals(double number);
+
 }  // namespace vantile

@@ -99,5 +99,12 @@ TEST(IsLessThanOrEqual, NumbersMayBeOfAnyLength) {
   EXPECT_TRUE(isLessThanOrEqual(std::string(40, '0') + "7", "8"));
 }
 
+TEST(TwoDecimals, AreShownWithAPointWhateverTheNumber) {
+  EXPECT_EQ(twoDecimals(0), "0.00");
+  EXPECT_EQ(twoDecimals(1234.5), "1234.50");
+  EXPECT_EQ(twoDecimals(-0.126), "-0.13");
+  EXPECT_EQ(twoDecimals(1e22), "10000000000000000000000.00");
+}
+
 }  // namespace
 }  // namespace vantile
