@@ -1,5 +1,9 @@
 #include "vantile/platform/parsers/mountinfo.h"
 
+#include <set>
+
+#include "vantile/platform/parsers/mounted_volumes.h"
+
 #include "fuzz/fuzzer.h"
 
 namespace vantile::fuzz {
@@ -12,18 +16,38 @@ std::string lineOf(const Mount& mount, bool optionalFields) {
          asKernelWrites(mount.source) + " " + asKernelWrites(mount.superOptions) + "\n";
 }
 
+/// What can be said of the volumes of any table.
+void checkVolumes(const std::vector<Mount>& mounts) {
+  constexpr std::string_view types[] = {"ext4", "btrfs", "fuseblk"};
+  const auto volumes = volumesIn(mounts, types);
+  require(volumes.size() <= mounts.size(), "a mount is one volume at most");
+  std::set<DeviceNumber> devices;
+  for (const auto& volume : volumes) {
+    require(devices.insert(volume.mount.device).second, "a file system is one volume");
+    require(volume.mayHang || volume.mount.type != "fuseblk", "what is served may hang");
+  }
+}
+
 }  // namespace
 
 void consume(std::string_view input) {
   require(parseMountinfo(input).size() <= split(input, '\n').size(),
           "a line gives a mount at most");
 
+  checkVolumes(parseMountinfo(input));
+
   std::string table;
   std::vector<Mount> written;
   for (const auto line : split(input, '\n')) {
     const auto cut = line.size() / 2;
     const std::string name(line.substr(0, cut)), other(line.substr(cut));
-    written.push_back({"/" + other, "/" + name, "fuse.kind", name, "rw," + other});
+    Mount mount;
+    mount.root = "/" + other;
+    mount.mountPoint = "/" + name;
+    mount.type = "fuse.kind";
+    mount.source = name;
+    mount.superOptions = "rw," + other;
+    written.push_back(std::move(mount));
     table += lineOf(written.back(), line.size() % 2 == 1);
   }
   const auto read = parseMountinfo(table);

@@ -30,6 +30,7 @@ systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory sys
 systemSwapAreas systemVersion systemEntries systemFacts systemTextPieces systemBrowsers
 systemFileEvents systemHostResources systemPropertyLists systemTextFolding systemThreads systemWorkspace
 systemProcessors systemSmcService systemLaunchedApplications systemProcessLister systemPowerSources
+systemProcessors systemSmcService systemLaunchedApplications systemProcessLister systemVolumes'''.split())
 systemTimeRemaining systemBatteryRecords systemBatteryEntry'''.split())
 
 

@@ -98,5 +98,23 @@ TEST(Mountinfo, AnEmptyOneHasNoMounts) {
   EXPECT_TRUE(parseMountinfo("").empty());
 }
 
+TEST(Mountinfo, TellsWhichMountAndWhichDeviceItIs) {
+  const auto mounts = parseMountinfo("36 35 259:1048575 / /a rw - ext4 /dev/a rw\n");
+  ASSERT_EQ(mounts.size(), 1u);
+  EXPECT_EQ(mounts[0].id, 36u);
+  EXPECT_EQ(mounts[0].parent, 35u);
+  EXPECT_EQ(mounts[0].device, (DeviceNumber{259, 1048575}));
+}
+
+TEST(Mountinfo, ALineWithoutItsNumbersIsLeftOut) {
+  EXPECT_TRUE(parseMountinfo("x 0 8:1 / /a rw - ext4 /dev/a rw\n"
+                             "1 x 8:1 / /a rw - ext4 /dev/a rw\n"
+                             "1 0 8 / /a rw - ext4 /dev/a rw\n"
+                             "1 0 :1 / /a rw - ext4 /dev/a rw\n"
+                             "1 0 8: / /a rw - ext4 /dev/a rw\n"
+                             "1 0  / /a rw - ext4 /dev/a rw\n")
+                  .empty());
+}
+
 }  // namespace
 }  // namespace vantile

@@ -121,5 +121,17 @@ TEST(NamedNumbers, AreAbsentFromAnEmptyText) {
   EXPECT_EQ(NamedNumbers("\n\n").find("a:"), std::nullopt);
 }
 
+TEST(HexEscapes, AreResolved) {
+  EXPECT_EQ(withoutHexEscapes("My\\x20Disk"), "My Disk");
+  EXPECT_EQ(withoutHexEscapes("\\x5c\\xC3\\xbc"), "\\\xC3\xBC");
+  EXPECT_EQ(withoutHexEscapes(std::string_view("\\x00", 4)), std::string_view("\0", 1));
+}
+
+TEST(HexEscapes, OtherBackslashesStay) {
+  for (const char* text : {"", "\\", "\\x", "\\x2", "\\xg0", "\\x2g", "\\X20", "\\040", "x20",
+                           "\\x-1", "\\x 1", "\\x0x"})
+    EXPECT_EQ(withoutHexEscapes(text), text);
+}
+
 }  // namespace
 }  // namespace vantile

@@ -1,6 +1,7 @@
 #include "vantile/platform/linux/kept_file.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -42,6 +43,12 @@ std::optional<std::string_view> KeptFile::text(std::size_t most) {
     if (*count == 0 || size > most) return std::string_view(buffer_.data(), size);
     size += *count;
   }
+}
+
+bool KeptFile::changed() {
+  if (!descriptor_) return true;
+  pollfd asked = {.fd = descriptor_.get(), .events = POLLPRI, .revents = 0};
+  return ::poll(&asked, 1, 0) != 0;
 }
 
 }  // namespace vantile

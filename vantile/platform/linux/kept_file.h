@@ -28,6 +28,10 @@ class KeptFile {
   /// for files whose wanted part stands at the beginning.
   std::optional<std::string_view> beginning(std::size_t most);
 
+  /// Whether the kernel says that it changed since this was last asked: for the few files that it
+  /// says that of. True before the first reading and where it can't be told.
+  bool changed();
+
  private:
   std::optional<std::size_t> readAt(std::size_t offset, std::size_t most);
 

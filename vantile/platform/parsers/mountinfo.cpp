@@ -1,6 +1,7 @@
 #include "vantile/platform/parsers/mountinfo.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "vantile/platform/parsers/text.h"
 
@@ -19,6 +20,14 @@ std::vector<std::string_view> fieldsOf(std::string_view line) {
   }
 }
 
+std::optional<DeviceNumber> deviceIn(std::string_view field) {
+  const auto colon = field.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  const auto major = leadingNumber(field), minor = leadingNumber(field.substr(colon + 1));
+  if (!major || !minor) return std::nullopt;
+  return DeviceNumber{*major, *minor};
+}
+
 }  // namespace
 
 std::vector<Mount> parseMountinfo(std::string_view text) {
@@ -29,9 +38,12 @@ std::vector<Mount> parseMountinfo(std::string_view text) {
     if (fields.size() < 10) continue;
     const auto dash = std::find(fields.begin() + 6, fields.end(), "-");
     if (fields.end() - dash < 4) continue;
+    const auto id = leadingNumber(fields[0]), parent = leadingNumber(fields[1]);
+    const auto device = deviceIn(fields[2]);
+    if (!id || !parent || !device) continue;
     mounts.push_back({withoutOctalEscapes(fields[3]), withoutOctalEscapes(fields[4]),
                       withoutOctalEscapes(dash[1]), withoutOctalEscapes(dash[2]),
-                      withoutOctalEscapes(dash[3])});
+                      withoutOctalEscapes(dash[3]), *id, *parent, *device});
   }
   return mounts;
 }

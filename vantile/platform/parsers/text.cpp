@@ -51,6 +51,24 @@ std::string withoutOctalEscapes(std::string_view text) {
   return plain;
 }
 
+std::string withoutHexEscapes(std::string_view text) {
+  std::string plain;
+  plain.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto escape = text.substr(i, 4);
+    unsigned code = 0;
+    const bool opens = escape.size() == 4 && escape.starts_with("\\x");
+    const auto* const end = escape.data() + escape.size();
+    if (opens && std::from_chars(end - 2, end, code, 16).ptr == end) {
+      plain.push_back(static_cast<char>(code));
+      i += 3;
+    } else {
+      plain.push_back(text[i]);
+    }
+  }
+  return plain;
+}
+
 std::optional<std::size_t> NamedNumbers::lineOf(std::string_view name, std::size_t from,
                                                 std::size_t to) const {
   while (from < to) {

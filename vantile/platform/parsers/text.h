@@ -46,6 +46,10 @@ std::string_view takeLine(std::string_view& text);
 /// stays.
 std::string withoutOctalEscapes(std::string_view text);
 
+/// `text` with udev's escapes of two hexadecimal digits (`\x20` and the like) resolved. Any other
+/// backslash stays.
+std::string withoutHexEscapes(std::string_view text);
+
 /// Reads numbers out of a text of lines that each begin with a name. Ask in the order of the text:
 /// each look-up goes on from where the last one ended, and only then from the top.
 /// A line without its newline was cut off, and so may be its number: it is not there.

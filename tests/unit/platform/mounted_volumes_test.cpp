@@ -1,0 +1,168 @@
+#include "vantile/platform/parsers/mounted_volumes.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "unit/platform/fixture.h"
+
+namespace vantile {
+namespace {
+
+using Paths = std::vector<std::string>;
+
+const std::vector<std::string_view> types = {"ext4", "btrfs", "vfat", "fuseblk"};
+
+Paths pathsIn(std::string_view table) {
+  Paths paths;
+  for (const auto& volume : volumesIn(parseMountinfo(table), types))
+    paths.push_back(volume.mount.mountPoint);
+  return paths;
+}
+
+/// A root that is no volume, so that it alone is never in the way.
+const std::string root = "1 0 0:1 / / rw - rootfs rootfs rw\n";
+
+TEST(MountedVolumes, AreThoseOfTheTypesInTheTablesOrder) {
+  EXPECT_EQ(pathsIn("1 0 8:1 / / rw - ext4 /dev/a rw\n"
+                    "2 1 0:5 / /z rw - tmpfs tmpfs rw\n"
+                    "3 1 8:3 / /y rw - vfat /dev/c rw\n"
+                    "4 1 8:2 / /x rw - ext4 /dev/b rw\n"
+                    "5 1 8:4 / /w rw - ext40 /dev/b rw\n"),
+            (Paths{"/", "/y", "/x"}));
+}
+
+TEST(MountedVolumes, OfARecordedTableIsTheOneDisk) {
+  const auto volumes = volumesIn(parseMountinfo(testing::fixture("mountinfo-hybrid.txt")), types);
+  ASSERT_EQ(volumes.size(), 1u);
+  EXPECT_EQ(volumes[0].mount.mountPoint, "/");
+  EXPECT_EQ(volumes[0].mount.source, "/dev/vda");
+  EXPECT_FALSE(volumes[0].mayHang);
+}
+
+TEST(MountedVolumes, AFileSystemMountedTwiceIsOneAtItsShortestPath) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 / /media/long rw - ext4 /dev/a rw\n"
+                           "3 1 8:1 / /srv rw - ext4 /dev/a rw\n"
+                           "4 1 8:1 / /other rw - ext4 /dev/a rw\n"),
+            Paths{"/srv"});
+}
+
+TEST(MountedVolumes, OfEquallyShortPathsTheFirstCounts) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 / /b rw - ext4 /dev/a rw\n"
+                           "3 1 8:1 / /a rw - ext4 /dev/a rw\n"),
+            Paths{"/b"});
+}
+
+TEST(MountedVolumes, TheRootIsPreferredWhereverItStands) {
+  EXPECT_EQ(pathsIn("2 1 8:1 / /b rw - ext4 /dev/a rw\n"
+                    "1 0 8:1 / / rw - ext4 /dev/a rw\n"),
+            Paths{"/"});
+}
+
+TEST(MountedVolumes, SubvolumesOfOneFileSystemAreOneVolume) {
+  EXPECT_EQ(pathsIn("1 0 0:30 /@ / rw - btrfs /dev/a rw,subvolid=256,subvol=/@\n"
+                    "2 1 0:30 /@home /home rw - btrfs /dev/a rw,subvolid=257,subvol=/@home\n"),
+            Paths{"/"});
+  EXPECT_EQ(pathsIn(root + "2 1 0:30 /@home /home rw - btrfs /dev/a rw,subvol=/@home\n"),
+            Paths{"/home"});
+}
+
+TEST(MountedVolumes, AFolderOfASubvolumeIsNone) {
+  EXPECT_TRUE(pathsIn(root + "2 1 0:30 /@/a /a rw - btrfs /dev/a rw,subvol=/@\n").empty());
+  EXPECT_TRUE(pathsIn(root + "2 1 0:30 /@x /a rw - btrfs /dev/a rw,subvol=/@\n").empty());
+}
+
+TEST(MountedVolumes, PartsOfAFileSystemAreNone) {
+  EXPECT_TRUE(pathsIn(root + "2 1 8:1 /containers/hosts /etc/hosts rw - ext4 /dev/a rw\n"
+                             "3 1 8:1 /data /data rw - ext4 /dev/a rw\n"
+                             "4 1 0:4 net:[402] /run/netns/a rw - nsfs nsfs rw\n")
+                  .empty());
+}
+
+TEST(MountedVolumes, APartIsNeverPreferredToTheWhole) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 /data /d rw - ext4 /dev/a rw\n"
+                           "3 1 8:1 / /media/disk rw - ext4 /dev/a rw\n"),
+            Paths{"/media/disk"});
+}
+
+TEST(MountedVolumes, WhatIsMountedAtTheRootIsOneThoughItIsAPart) {
+  EXPECT_EQ(pathsIn("1 0 8:1 /deploy/0 / rw - ext4 /dev/a rw\n"
+                    "2 1 8:1 / /sysroot rw - ext4 /dev/a rw\n"),
+            Paths{"/"});
+}
+
+TEST(MountedVolumes, DevicesAreToldApartByBothNumbers) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 / /a rw - ext4 /dev/a rw\n"
+                           "3 1 8:11 / /b rw - ext4 /dev/a rw\n"
+                           "4 1 81:1 / /c rw - ext4 /dev/a rw\n"),
+            (Paths{"/a", "/b", "/c"}));
+}
+
+TEST(MountedVolumes, WhatAnotherMountCoversIsLeftOut) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 / /a rw - ext4 /dev/a rw\n"
+                           "3 2 8:2 / /a rw - ext4 /dev/b rw\n"),
+            Paths{"/a"});
+  EXPECT_EQ(volumesIn(parseMountinfo(root + "2 1 8:1 / /a rw - ext4 /dev/a rw\n"
+                                            "3 2 8:2 / /a rw - ext4 /dev/b rw\n"),
+                      types)[0]
+                .mount.source,
+            "/dev/b");
+}
+
+TEST(MountedVolumes, WhatIsBelowAFolderThatWasCoveredIsLeftOut) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 / /a/b rw - ext4 /dev/a rw\n"
+                           "3 1 0:7 / /a rw - tmpfs tmpfs rw\n"),
+            Paths{});
+}
+
+TEST(MountedVolumes, AVolumeThatIsCoveredAtOnePlaceIsThereAtAnother) {
+  EXPECT_EQ(pathsIn(root + "2 1 8:1 / /a rw - ext4 /dev/a rw\n"
+                           "3 2 0:7 / /a rw - tmpfs tmpfs rw\n"
+                           "4 1 8:1 / /media/disk rw - ext4 /dev/a rw\n"),
+            Paths{"/media/disk"});
+}
+
+TEST(MountedVolumes, ANameThatOnlyBeginsLikeAnotherIsNotBelowIt) {
+  EXPECT_EQ(pathsIn(root + "2 1 0:7 / /a rw - tmpfs tmpfs rw\n"
+                           "3 1 8:1 / /ab rw - ext4 /dev/a rw\n"),
+            Paths{"/ab"});
+}
+
+TEST(MountedVolumes, ATableWithoutItsRootIsFollowedAllTheSame) {
+  EXPECT_EQ(pathsIn("2 1 8:1 / /a rw - ext4 /dev/a rw\n"
+                    "3 2 8:2 / /a/b rw - ext4 /dev/b rw\n"
+                    "4 4 8:3 / /c rw - ext4 /dev/c rw\n"),
+            (Paths{"/a", "/a/b", "/c"}));
+}
+
+TEST(MountedVolumes, ATableThatGoesInCirclesEnds) {
+  pathsIn(
+      "1 2 8:1 / /a rw - ext4 /dev/a rw\n"
+      "2 1 8:2 / /a rw - ext4 /dev/b rw\n"
+      "3 0 8:3 / / rw - ext4 /dev/c rw\n"
+      "3 3 8:3 / / rw - ext4 /dev/c rw\n");
+}
+
+bool mayHang(const std::string& table) {
+  return volumesIn(parseMountinfo(table), types).back().mayHang;
+}
+
+TEST(MountedVolumes, ThoseThatAreServedMayHang) {
+  EXPECT_TRUE(mayHang(root + "2 1 8:1 / /a rw - fuseblk /dev/a rw\n"));
+  EXPECT_FALSE(mayHang(root + "2 1 8:1 / /a rw - vfat /dev/a rw\n"));
+}
+
+TEST(MountedVolumes, ThoseBehindAServedFileSystemMayHangToo) {
+  for (const char* type :
+       {"fuse", "fuse.sshfs", "fuseblk", "nfs", "nfs4", "cifs", "smb3", "9p", "ceph", "afs"})
+    EXPECT_TRUE(mayHang(root + "2 1 0:9 / /far rw - " + type +
+                        " source rw\n"
+                        "3 2 8:1 / /far/disk rw - ext4 /dev/a rw\n"))
+        << type;
+  EXPECT_FALSE(mayHang(root + "2 1 0:9 / /far rw - nfs source rw\n"
+                              "3 1 8:1 / /disk rw - ext4 /dev/a rw\n"));
+}
+
+}  // namespace
+}  // namespace vantile

@@ -1,0 +1,65 @@
+#include "vantile/platform/linux/volume_label.h"
+
+#include <fcntl.h>
+#include <libudev.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <cstring>
+#include <memory>
+
+#include "vantile/platform/parsers/text.h"
+#include "vantile/platform/posix/descriptor.h"
+#include "vantile/platform/posix/files.h"
+
+namespace vantile {
+namespace {
+
+struct ReleaseUdev {
+  void operator()(udev* context) const { ::udev_unref(context); }
+  void operator()(udev_device* device) const { ::udev_device_unref(device); }
+};
+
+/// The block device of the file system. One that spans several, or has none, was given a number
+/// by the kernel that is no device's, and names one as its source.
+std::optional<dev_t> deviceOf(const Mount& mount) {
+  if (mount.device.major != 0)
+    return ::makedev(static_cast<unsigned>(mount.device.major),
+                     static_cast<unsigned>(mount.device.minor));
+  struct stat status = {};
+  if (!mount.source.starts_with("/dev/")) return std::nullopt;
+  if (::stat(mount.source.c_str(), &status) != 0 || !S_ISBLK(status.st_mode)) return std::nullopt;
+  return status.st_rdev;
+}
+
+/// What udev's rules read of the device when it came.
+std::optional<std::string> labelByUdev(const Mount& mount) {
+  const auto number = deviceOf(mount);
+  const std::unique_ptr<udev, ReleaseUdev> context(number ? ::udev_new() : nullptr);
+  if (!context) return std::nullopt;
+  const std::unique_ptr<udev_device, ReleaseUdev> device(
+      ::udev_device_new_from_devnum(context.get(), 'b', *number));
+  if (!device) return std::nullopt;
+  const char* const label = ::udev_device_get_property_value(device.get(), "ID_FS_LABEL_ENC");
+  return label ? std::optional(withoutHexEscapes(label)) : std::nullopt;
+}
+
+/// ext4, btrfs, xfs, f2fs and a few more tell it to anybody who may read their root.
+std::optional<std::string> labelByFileSystem(const std::string& mountPoint) {
+  const Descriptor root(::open(mountPoint.c_str(), folderFlags));
+  char label[FSLABEL_MAX] = {};
+  if (!root || ::ioctl(root.get(), FS_IOC_GETFSLABEL, label) != 0) return std::nullopt;
+  return std::string(label, ::strnlen(label, sizeof label));
+}
+
+}  // namespace
+
+std::optional<std::string> labelOf(const MountedVolume& volume) {
+  auto label = labelByUdev(volume.mount);
+  if (!label && !volume.mayHang) label = labelByFileSystem(volume.mount.mountPoint);
+  return label && !label->empty() ? label : std::nullopt;
+}
+
+}  // namespace vantile

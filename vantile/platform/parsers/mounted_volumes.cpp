@@ -1,0 +1,109 @@
+#include "vantile/platform/parsers/mounted_volumes.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace vantile {
+namespace {
+
+/// Served by a process, or by another machine.
+bool isServed(std::string_view type) {
+  return type == "fuseblk" || type == "fuse" || type.starts_with("fuse.") ||
+         type.starts_with("nfs") || type == "cifs" || type == "smb3" || type == "9p" ||
+         type == "ceph" || type == "afs";
+}
+
+bool isWithin(std::string_view folder, std::string_view path) {
+  if (folder == "/") return path.starts_with('/');
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+/// Whether all of the file system is mounted, or all of its subvolume, which it then names.
+bool isWhole(const Mount& mount) {
+  if (mount.root == "/" || mount.mountPoint == "/") return true;
+  std::string_view options = mount.superOptions;
+  while (!options.empty()) {
+    const auto option = options.substr(0, options.find(','));
+    if (option.starts_with("subvol=") && option.substr(7) == mount.root) return true;
+    options.remove_prefix(std::min(options.size(), option.size() + 1));
+  }
+  return false;
+}
+
+/// Follows paths through the mounts as the kernel does.
+class MountTree {
+ public:
+  explicit MountTree(const std::vector<Mount>& mounts) {
+    std::set<std::uint64_t> ids;
+    for (const auto& mount : mounts) ids.insert(mount.id);
+    for (const auto& mount : mounts) {
+      const bool hasParent = mount.parent != mount.id && ids.contains(mount.parent);
+      (hasParent ? within_[mount.parent] : outermost_).push_back(&mount);
+    }
+  }
+
+  /// The mounts on the way to `path`, outermost first; the last one is what stands there.
+  std::vector<const Mount*> way(std::string_view path) const {
+    std::vector<const Mount*> way;
+    std::set<std::uint64_t> seen;  // a table that is no tree must not lead in circles
+    const auto* next = first(outermost_, path);
+    while (next && seen.insert(next->id).second) {
+      way.push_back(next);
+      const auto children = within_.find(next->id);
+      next = children == within_.end() ? nullptr : first(children->second, path);
+    }
+    return way;
+  }
+
+ private:
+  using Mounts = std::vector<const Mount*>;
+
+  /// The one that a path meets first: whose mount point is the shortest.
+  static const Mount* first(const Mounts& mounts, std::string_view path) {
+    const Mount* met = nullptr;
+    for (const auto* mount : mounts) {
+      if (!isWithin(mount->mountPoint, path)) continue;
+      if (!met || mount->mountPoint.size() < met->mountPoint.size()) met = mount;
+    }
+    return met;
+  }
+
+  Mounts outermost_;
+  std::map<std::uint64_t, Mounts> within_;
+};
+
+/// Whether the one is the better place to know a file system by.
+bool isBetter(const Mount& mount, const Mount& other) {
+  const bool isRoot = mount.mountPoint == "/", otherIsRoot = other.mountPoint == "/";
+  if (isRoot != otherIsRoot) return isRoot;
+  return mount.mountPoint.size() < other.mountPoint.size();
+}
+
+}  // namespace
+
+std::vector<MountedVolume> volumesIn(std::vector<Mount> mounts,
+                                     std::span<const std::string_view> types) {
+  const MountTree tree(mounts);
+  std::map<DeviceNumber, std::pair<std::size_t, bool>> best;  // places in the table
+  for (std::size_t place = 0; place < mounts.size(); ++place) {
+    const auto& mount = mounts[place];
+    if (std::ranges::find(types, mount.type) == types.end() || !isWhole(mount)) continue;
+    const auto way = tree.way(mount.mountPoint);
+    if (way.empty() || way.back() != &mount) continue;
+    const bool mayHang = std::ranges::any_of(way, [](auto* each) { return isServed(each->type); });
+    const auto [known, isNew] = best.try_emplace(mount.device, place, mayHang);
+    if (!isNew && isBetter(mount, mounts[known->second.first])) known->second = {place, mayHang};
+  }
+  std::vector<std::pair<std::size_t, bool>> places;
+  for (const auto& [device, place] : best) places.push_back(place);
+  std::ranges::sort(places);
+  std::vector<MountedVolume> volumes;
+  for (const auto& [place, mayHang] : places)
+    volumes.push_back({std::move(mounts[place]), mayHang});
+  return volumes;
+}
+
+}  // namespace vantile
