@@ -9,6 +9,8 @@ install(
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 set(public_headers
+    disk/disk.h
+    disk/disk_keys.h
     foundation/api.h
     foundation/delegate_slot.h
     foundation/guard.h

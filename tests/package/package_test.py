@@ -22,6 +22,7 @@ SMCGetTemperature _strtoul _ultostr'''.split())
 
 # What hosts use, and what the one library uses of the other: no more of the C++ names is seen.
 PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDBatteryInfo KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
+PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDDisk KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
 Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent doubleValue intValue isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
 makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostResourceFolder setLogSink startWithString twoDecimals
 systemTextPatterns systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
