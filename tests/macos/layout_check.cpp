@@ -3,6 +3,7 @@
 // seam tests: what holds in one and not in the other builds in only one.
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <CoreServices/CoreServices.h>
 #include <IOKit/IOKitLib.h>
 #include <MacTypes.h>
 #include <dispatch/dispatch.h>
@@ -11,6 +12,7 @@
 #include <objc/runtime.h>
 #include <spawn.h>
 #include <sys/event.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/sysctl.h>
 #include <time.h>
@@ -103,3 +105,13 @@ static_assert(sizeof(clock_gettime_nsec_np(CLOCK_UPTIME_RAW)) == 8);
 static_assert(sizeof(Boolean) == 1 && sizeof(UInt8) == 1 && sizeof(SInt32) == 4);
 static_assert(sizeof(UInt32) == 4 && sizeof(SInt64) == 8);
 static_assert(sizeof(CFRunLoopSourceContext) == 80 && sizeof(CFRunLoopTimerContext) == 40);
+
+static_assert(MNT_WAIT == 1 && sizeof(struct statfs) == 2168);
+static_assert(offsetof(struct statfs, f_bsize) == 0 && offsetof(struct statfs, f_blocks) == 8);
+static_assert(offsetof(struct statfs, f_bavail) == 24);
+static_assert(offsetof(struct statfs, f_fstypename) == 72);
+static_assert(offsetof(struct statfs, f_mntonname) == 88);
+static_assert(offsetof(struct statfs, f_mntfromname) == 1112);
+static_assert(sizeof(UniChar) == 2 && sizeof(SInt16) == 2 && sizeof(UInt64) == 8);
+static_assert(sizeof(FSRef) == 80 && sizeof(HFSUniStr255) == 512);
+static_assert(offsetof(FSCatalogInfo, volume) == 2);

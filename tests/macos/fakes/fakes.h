@@ -40,6 +40,13 @@ struct Post {
   friend bool operator==(const Post&, const Post&) = default;
 };
 
+/// A record of the mount table.
+struct MountedFileSystem {
+  std::string type, device, mountPoint;
+  std::uint32_t blockSize = 0;
+  std::uint64_t blocks = 0, available = 0;
+};
+
 /// No limit of a process's descriptors.
 constexpr std::uint64_t unlimited = ~std::uint64_t{0};
 
@@ -102,12 +109,20 @@ struct Machine {
   std::uint64_t operatingSystem = 5, physicalMemory = 0;
 
   /// That are loaded.
-  std::set<std::string> classes = {"NSHost", "NSProcessInfo", "NSRegularExpression", "NSValue",
-                                   "NSWorkspace"};
+  std::set<std::string> classes = {"NSFileManager",       "NSHost",  "NSProcessInfo",
+                                   "NSRegularExpression", "NSValue", "NSWorkspace"};
   std::string raisesAt;                 ///< a selector that raises an exception
   std::vector<std::string> notedPaths;  ///< that the desktop was told of
   std::vector<Post> posts;
   std::optional<PropertyList> launchedApplications;  ///< nothing: no answer
+
+  std::vector<MountedFileSystem> mounts;              ///< in the order of the table
+  int mountFlags = -1;                                ///< that the table was last asked with
+  std::map<std::string, std::u16string> volumeNames;  ///< by mount point
+  std::set<std::string> pictures;                ///< paths that the workspace has a picture for
+  std::optional<PropertyList> localVolumePaths;  ///< nothing: no answer
+  std::map<std::string, PropertyList> fileSystemAttributes;     ///< by path
+  std::map<std::string, std::optional<PropertyList>> metadata;  ///< of volumes; nothing: no sizes
 
   int queueError = 0;                ///< of kqueue
   int changeError = 0;               ///< of kevent, when it is given changes

@@ -20,12 +20,15 @@ struct objc_class : Object {
 
 namespace {
 
-objc_class host("NSHost"), process("NSProcessInfo"), value("NSValue"), workspace("NSWorkspace");
+objc_class files("NSFileManager"), host("NSHost"), process("NSProcessInfo"), value("NSValue"),
+    workspace("NSWorkspace");
 
 struct Workspace : Object {
 } sharedWorkspace;
 struct Centre : Object {
 } centre;
+struct FileManager : Object {
+} fileManager;
 struct Host : Object {
 } currentHost;
 struct Process : Object {
@@ -110,7 +113,7 @@ id NSFullUserName(void) {
 }
 
 Class objc_getClass(const char* name) {
-  for (auto* const known : {&host, &process, &value, &workspace})
+  for (auto* const known : {&files, &host, &process, &value, &workspace})
     if (known->name == name && machine.classes.contains(name)) return known;
   if (name == std::string("NSRegularExpression") && machine.classes.contains(name))
     return reinterpret_cast<Class>(const_cast<Object*>(fakes::patternClass()));
@@ -143,6 +146,9 @@ fakes::Answer objc_msgSend(id self, SEL operation, const void* first, const void
   const Object* const receiver = fakes::objectOf(self);
   if (receiver == &value && selector == "valueWithPointer:") return {valueWithPointer(first)};
   if (receiver == &workspace && selector == "sharedWorkspace") return {&sharedWorkspace};
+  if (receiver == &files && selector == "defaultManager") return {&fileManager};
+  if (receiver == &sharedWorkspace || receiver == &fileManager)
+    if (const auto answer = fakes::volumeAnswer(selector, first)) return {*answer};
   if (receiver == &sharedWorkspace && selector == "notificationCenter") return {&centre};
   if (receiver == &sharedWorkspace && selector == "launchedApplications")
     return {launchedApplications()};
@@ -158,7 +164,8 @@ fakes::Answer objc_msgSend(id self, SEL operation, const void* first, const void
   if (const auto answer = answerOfMachine(receiver, selector)) return {*answer};
   const auto* const number = dynamic_cast<const __CFNumber*>(receiver);
   if (number && selector == "unsignedLongLongValue")
-    return {reinterpret_cast<const void*>(std::get<std::uint64_t>(number->number))};
+    return {reinterpret_cast<const void*>(
+        std::visit([](auto held) { return static_cast<std::uint64_t>(held); }, number->number))};
   if (const auto answer = fakes::patternsAnswer(receiver, selector, first, second, third, fourth))
     return *answer;
   throw Exception();  // an unrecognized selector

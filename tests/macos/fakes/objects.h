@@ -66,6 +66,9 @@ std::optional<Answer> patternsAnswer(const Object* receiver, const std::string& 
                                      const void* fourth);
 const Object* patternClass();
 
+/// What is asked of the workspace or the file manager about volumes; nothing for anything else.
+std::optional<const void*> volumeAnswer(const std::string& selector, const void* argument);
+
 /// An object, with all within it, that the caller owns a reference to.
 Object* objectFrom(const PropertyList& list);
 

@@ -8,6 +8,11 @@ Owned<CFStringRef> stringOf(std::string_view text) {
                               static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8, false));
 }
 
+Owned<CFStringRef> pathString(const std::string& path) {
+  if (auto string = stringOf(path)) return string;
+  return Owned<CFStringRef>(CFStringCreateWithFileSystemRepresentation(nullptr, path.c_str()));
+}
+
 std::optional<std::string> textOf(CFStringRef string) {
   if (!string) return std::nullopt;
   const CFRange whole = {0, CFStringGetLength(string)};

@@ -28,6 +28,9 @@ Reference as(CFTypeID kind, CFTypeRef object) {
 /// The text as an object; null where it is not UTF-8.
 Owned<CFStringRef> stringOf(std::string_view text);
 
+/// A path as an object; null where the system can't tell its characters.
+Owned<CFStringRef> pathString(const std::string& path);
+
 /// The object's text as UTF-8; nothing where it is null or has characters that UTF-8 has not:
 /// halves of a surrogate pair.
 std::optional<std::string> textOf(CFStringRef string);

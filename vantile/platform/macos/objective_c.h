@@ -49,4 +49,15 @@ Result message(id receiver, const char* selector, Arguments... arguments) {
   }
 }
 
+/// What `ask` gives; nothing where the system raises an exception over it.
+template <class Ask>
+auto unlessRaised(const Ask& ask) -> decltype(ask()) {
+  const AutoreleasePool pool;
+  try {
+    return ask();
+  } catch (const std::runtime_error&) {
+    return {};
+  }
+}
+
 }  // namespace vantile

@@ -14,17 +14,6 @@ id NSFullUserName(void);
 namespace vantile {
 namespace {
 
-/// What `ask` gives; nothing where the system raises an exception over it.
-template <class Ask>
-auto unlessRaised(const Ask& ask) -> decltype(ask()) {
-  const AutoreleasePool pool;
-  try {
-    return ask();
-  } catch (const std::runtime_error&) {
-    return std::nullopt;
-  }
-}
-
 std::optional<std::string> textIn(id string) {
   return textOf(reinterpret_cast<CFStringRef>(string));
 }

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -39,14 +37,14 @@ std::shared_ptr<const Date> dateIn(CFDateRef date) {
                     static_cast<std::int64_t>((near - whole) * 1e9))});
 }
 
-std::optional<Value> valueOf(CFTypeRef object, std::size_t depth);
+std::optional<Value> valueAt(CFTypeRef object, std::size_t depth);
 
 std::shared_ptr<Array> arrayIn(CFArrayRef items, std::size_t depth) {
   auto array = std::make_shared<Array>();
   const auto count = CFArrayGetCount(items);
   array->reserve(static_cast<std::size_t>(count));
   for (CFIndex i = 0; i < count; ++i)
-    if (auto value = valueOf(CFArrayGetValueAtIndex(items, i), depth))
+    if (auto value = valueAt(CFArrayGetValueAtIndex(items, i), depth))
       array->push_back(std::move(*value));
   return array;
 }
@@ -59,15 +57,14 @@ std::shared_ptr<Dictionary> dictionaryIn(CFDictionaryRef entries, std::size_t de
   dictionary->reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     auto key = textOf(as<CFStringRef>(CFStringGetTypeID(), keys[i]));
-    auto value = key ? valueOf(values[i], depth) : std::nullopt;
+    auto value = key ? valueAt(values[i], depth) : std::nullopt;
     if (value) dictionary->set(std::move(*key), std::move(*value));
   }
   return dictionary;
 }
 
-/// The value, `depth` levels down. Nothing for data, for text that is not Unicode, and for what is
-/// so deep that the calls here would nest without bound.
-std::optional<Value> valueOf(CFTypeRef object, std::size_t depth) {
+/// The value, `depth` levels down.
+std::optional<Value> valueAt(CFTypeRef object, std::size_t depth) {
   if (const auto string = as<CFStringRef>(CFStringGetTypeID(), object)) {
     auto text = textOf(string);
     return text ? std::optional<Value>(std::move(*text)) : std::nullopt;
@@ -85,6 +82,10 @@ std::optional<Value> valueOf(CFTypeRef object, std::size_t depth) {
 }
 
 }  // namespace
+
+std::optional<Value> valueOf(CFTypeRef object) {
+  return valueAt(object, 0);
+}
 
 std::shared_ptr<Dictionary> dictionaryFrom(CFDictionaryRef entries) {
   return dictionaryIn(entries, 1);

@@ -6,12 +6,6 @@
 namespace vantile {
 namespace {
 
-/// A path as an object; null where the system can't tell its characters.
-Owned<CFStringRef> pathString(const std::string& path) {
-  if (auto string = stringOf(path)) return string;
-  return Owned<CFStringRef>(CFStringCreateWithFileSystemRepresentation(nullptr, path.c_str()));
-}
-
 Owned<CFDictionaryRef> dictionaryWith(CFStringRef key, CFStringRef value) {
   const void* keys[] = {key};
   const void* values[] = {value};
