@@ -1,8 +1,11 @@
 #include "info.h"
 
+#include <vantile/disk/disk_keys.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -65,10 +68,27 @@ std::vector<Property> propertiesOf(const KVDSystemInfo& info) {
   };
 }
 
+/// "Name at /mount/point (type of device): 1.00 GiB of 4.00 GiB used".
+Property volumeLine(const Dictionary& volume) {
+  const auto part = [&volume](Key key) {
+    const auto* const text = volume.text(key);
+    return printable(text ? *text : "");
+  };
+  const auto size = [&volume](Key key) { return formatBytes(volume.uint64(key).value_or(0)); };
+  return {"volumes", "volume", std::nullopt,
+          part(keys::disk_name) + " at " + part(keys::disk_path) + " (" + part(keys::disk_format) +
+              " of " + part(keys::disk_mntfromname) + "): " + size(keys::disk_usedsize) + " of " +
+              size(keys::disk_totalsize) + " used"};
+}
+
 }  // namespace
 
-std::string systemTable(const KVDSystemInfo& info) {
-  const auto properties = propertiesOf(info);
+std::string systemTable(const KVDSystemInfo& info, const Array& volumes) {
+  auto properties = propertiesOf(info);
+  for (const auto& volume : volumes) {
+    const auto* const held = volume.as<std::shared_ptr<Dictionary>>();
+    if (held && *held) properties.push_back(volumeLine(**held));
+  }
   std::size_t widest = 0;
   for (const auto& property : properties) widest = std::max(widest, property.label.size());
   std::string table;
@@ -80,10 +100,11 @@ std::string systemTable(const KVDSystemInfo& info) {
   return table;
 }
 
-std::string systemJson(const KVDSystemInfo& info) {
+std::string systemJson(const KVDSystemInfo& info, const Array& volumes) {
   NamedValues values;
   for (const auto& property : propertiesOf(info))
     values.emplace_back(property.name, property.value);
+  values.emplace_back("volumes", Value(std::make_shared<Array>(volumes)));
   return jsonText(values) + '\n';
 }
 

@@ -10,6 +10,7 @@
 
 #include "clean.h"
 #include "dashboard/dashboard.h"
+#include "disk_monitor.h"
 #include "info.h"
 #include "options.h"
 #include "output.h"
@@ -51,7 +52,8 @@ int run(std::span<const std::string> arguments) {
       return runClean();
     case Command::Info: {
       const auto info = KVDSystemInfo::init();
-      return print(options.json ? systemJson(*info) : systemTable(*info));
+      const auto volumes = volumesNow();
+      return print(options.json ? systemJson(*info, volumes) : systemTable(*info, volumes));
     }
     case Command::Automatic:
       break;

@@ -5,6 +5,7 @@
 
 #include "battery_monitor.h"
 #include "cpu_monitor.h"
+#include "disk_monitor.h"
 #include "memory_monitor.h"
 #include "process_monitor.h"
 #include "watchers.h"
@@ -27,6 +28,7 @@ const std::vector<MonitorEntry>& monitors() {
       {"memory", "updateMemoryStatusWithVMStatusWithSwapDict", startMemory},
       {"cpu", "cpuUsedWithSystemWithUserWithIdle", startCpu},
       {"process", "updateProcessStaus", startProcess},
+      {"disk", "diskDetails", startDisk},
       {"battery", "", startBattery},
       {"downloads", "", startDownloads},
       {"applications", "", startApplications},
@@ -39,6 +41,7 @@ const std::vector<DashboardPart>& dashboardParts() {
   static const std::vector<DashboardPart> all{
       {{"cpu"}, cpuPanes},
       {{"memory"}, memoryPanes},
+      {{"disk"}, diskPanes},
       {{"battery"}, batteryPanes},
       {{"process"}, processPanes},
       {{"downloads", "applications", "trash"}, eventPanes},

@@ -43,7 +43,7 @@ std::shared_ptr<KVDSystemInfo> everythingTold() {
 }
 
 TEST(HostInfo, TheTableHasALineAPropertyAndAlignedValues) {
-  EXPECT_EQ(systemTable(*everythingTold()),
+  EXPECT_EQ(systemTable(*everythingTold(), {}),
             "computer name:      Ada's Desk\n"
             "host name:          ada-desk\n"
             "user:               ada\n"
@@ -60,7 +60,7 @@ TEST(HostInfo, TheTableHasALineAPropertyAndAlignedValues) {
 }
 
 TEST(HostInfo, WhatIsNotToldIsADashInTheTable) {
-  EXPECT_EQ(systemTable(*nothingTold()),
+  EXPECT_EQ(systemTable(*nothingTold(), {}),
             "computer name:      -\n"
             "host name:          -\n"
             "user:               -\n"
@@ -79,27 +79,56 @@ TEST(HostInfo, WhatIsNotToldIsADashInTheTable) {
 TEST(HostInfo, TheTableIsSafeToPrint) {
   const auto info = nothingTold();
   info->setComputerName("a\n\x1b[2Jb\xff");
-  EXPECT_TRUE(systemTable(*info).starts_with("computer name:      a\uFFFD\uFFFD[2Jb\uFFFD\nhost"));
+  EXPECT_TRUE(
+      systemTable(*info, {}).starts_with("computer name:      a\uFFFD\uFFFD[2Jb\uFFFD\nhost"));
 }
 
 TEST(HostInfo, JsonIsOneObjectUnderThePropertiesNames) {
-  EXPECT_EQ(systemJson(*everythingTold()),
+  EXPECT_EQ(systemJson(*everythingTold(), {}),
             R"({"computerName":"Ada's Desk","sysName":"ada-desk","sysUserName":"ada",)"
             R"x("sysFullUserName":"Ada Lovelace","sysOSName":5,"sysOSVersion":"10.9.4 (13E28)",)x"
             R"("sysPhysicalMemory":17179869184,"sysSerialNumber":"C02ABC","sysUUID":"564D-1",)"
             R"("sysModelID":"MacBookPro11,1","sysProcessorName":"Intel Core i5",)"
-            R"("sysProcessorSpeed":2596132000,"sysProcessorCount":2})"
+            R"("sysProcessorSpeed":2596132000,"sysProcessorCount":2,"volumes":[]})"
             "\n");
 }
 
 TEST(HostInfo, NilIsNullInJson) {
   EXPECT_EQ(
-      systemJson(*nothingTold()),
+      systemJson(*nothingTold(), {}),
       R"({"computerName":null,"sysName":null,"sysUserName":null,"sysFullUserName":null,)"
       R"("sysOSName":null,"sysOSVersion":null,"sysPhysicalMemory":null,"sysSerialNumber":null,)"
       R"("sysUUID":null,"sysModelID":null,"sysProcessorName":null,"sysProcessorSpeed":null,)"
-      R"("sysProcessorCount":null})"
+      R"("sysProcessorCount":null,"volumes":[]})"
       "\n");
+}
+
+std::shared_ptr<Dictionary> stick() {
+  auto volume = std::make_shared<Dictionary>();
+  volume->set("disk_format", "vfat");
+  volume->set("disk_mntfromname", "/dev/sdb1");
+  volume->set("disk_path", "/media/a\nb");
+  volume->set("disk_name", "Stick");
+  volume->set("disk_totalsize", std::uint64_t{4} << 30);
+  volume->set("disk_usedsize", std::uint64_t{1} << 30);
+  return volume;
+}
+
+TEST(HostInfo, TheTableEndsWithALineAVolume) {
+  EXPECT_TRUE(systemTable(*nothingTold(), {stick(), stick()})
+                  .ends_with("processor cores:    -\n"
+                             "volume:             Stick at /media/a\uFFFDb (vfat of /dev/sdb1): "
+                             "1.00 GiB of 4.00 GiB used\n"
+                             "volume:             Stick at /media/a\uFFFDb (vfat of /dev/sdb1): "
+                             "1.00 GiB of 4.00 GiB used\n"));
+}
+
+TEST(HostInfo, JsonHasTheVolumesAsTheyAreTold) {
+  EXPECT_TRUE(systemJson(*nothingTold(), {stick()})
+                  .ends_with(R"("volumes":[{"disk_format":"vfat","disk_mntfromname":"/dev/sdb1",)"
+                             R"("disk_path":"/media/a\nb","disk_name":"Stick",)"
+                             R"("disk_totalsize":4294967296,"disk_usedsize":1073741824}]})"
+                             "\n"));
 }
 
 }  // namespace

@@ -60,6 +60,22 @@ for application in report["arguments"][0] or []:
     assert application["pid"] > 0 and application["appName"], application
 END
 
+"$HOST" stream --monitors disk --interval 1 --count 2 >"$WORK/lines" ||
+  fail "stream of disk ended with $?"
+python3 - "$WORK/lines" <<'END' || fail "the volumes are not as they should be"
+import json, os, sys
+
+with open(sys.argv[1], encoding="utf-8") as lines:
+    reports = [json.loads(line) for line in lines]
+assert [report["operation"] for report in reports] == ["diskDetails"] * 2, reports
+for report in reports:
+    (volumes,) = report["arguments"]
+    for volume in volumes:
+        space = os.statvfs(volume["disk_path"])
+        assert volume["disk_totalsize"] == space.f_blocks * space.f_frsize, volume
+        assert volume["disk_name"], volume
+END
+
 "$HOST" </dev/null >"$WORK/lines" || fail "without a terminal it ended with $?"
 check "without a terminal there are five samples" \
   [ "$(grep -c '"monitor":"memory"' "$WORK/lines")" -eq 5 ]

@@ -1,0 +1,41 @@
+#include "disk_monitor.h"
+
+#include <vantile/disk/disk.h>
+
+#include <utility>
+
+#include "dashboard/disk_pane.h"
+#include "running_monitor.h"
+
+namespace vantile::host {
+
+std::unique_ptr<RunningMonitor> startDisk(const Sampling& sampling, ReportSink sink) {
+  auto monitor = KVDDisk::singleton();
+  if (!monitor) return nullptr;
+  auto delegate = std::make_shared<DiskDelegate>();
+  delegate->diskDetails = [sink = std::move(sink)](const Array& volumes) {
+    sink({"disk", "diskDetails", {Value(std::make_shared<Array>(volumes))}});
+  };
+  return startSampled(std::move(monitor), std::move(delegate), sampling);
+}
+
+PaneGroup diskPanes() {
+  const auto figures = std::make_shared<DiskFigures>();
+  PaneGroup group;
+  group.panes.push_back(std::make_unique<DiskPane>(figures));
+  group.take = [figures](const Report& report) { figures->take(report); };
+  return group;
+}
+
+Array volumesNow() {
+  Array told;
+  const auto monitor = KVDDisk::init();
+  auto delegate = std::make_shared<DiskDelegate>();
+  delegate->diskDetails = [&told](const Array& volumes) { told = volumes; };
+  monitor->setDelegate(std::move(delegate));
+  monitor->updateInfo();
+  monitor->setDelegate(nullptr);
+  return told;
+}
+
+}  // namespace vantile::host

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <vantile/foundation/value.h>
+
+#include <memory>
+
+#include "registry.h"
+
+namespace vantile::host {
+
+/// Reports what the shared KVDDisk tells its delegate.
+std::unique_ptr<RunningMonitor> startDisk(const Sampling& sampling, ReportSink sink);
+
+/// The volumes and what fills them.
+PaneGroup diskPanes();
+
+/// The volumes at this moment, by a monitor that samples once.
+Array volumesNow();
+
+}  // namespace vantile::host
