@@ -91,7 +91,7 @@ mv "$WORK/a.desktop" "$XDG_DATA_HOME/Trash/files/"
 appears "application in the Trash  a.desktop" || fail "an application in the Trash is not told"
 appears "47 B in the Trash" || fail "the Trash's growth is not followed"
 
-if ! screen | grep -qF "no application of the desktop is running"; then
+if ! screen | grep -qF "no application is running"; then
   typed s
   appears " by memory" || fail "s does not sort"
 fi
@@ -99,9 +99,9 @@ terminal resize-window -x 120 -y 40
 appears "╮╭─ " || fail "a wide terminal has no columns"
 appears "vantile-host on $(uname -n)" || fail "the machine is not named"
 terminal resize-window -x 40 -y 12
-appears "page 1 of 4" || fail "a small terminal has no pages"
+appears "page 1 of " || fail "a small terminal has no pages"
 typed Tab
-appears "page 2 of 4" || fail "Tab does not turn the page"
+appears "page 2 of " || fail "Tab does not turn the page"
 terminal resize-window -x 20 -y 4
 appears "too small" || fail "a tiny terminal is not told so"
 terminal resize-window -x 80 -y 60
