@@ -9,6 +9,7 @@
 #include <optional>
 #include <string_view>
 
+#include "vantile/disk/disk.h"
 #include "vantile/memory/memory.h"
 #include "vantile/process/process_stats.h"
 #include "vantile/sensors/cpu.h"
@@ -58,10 +59,12 @@ bool report(const Spent& first, const Spent& last, bool all) {
 struct Monitors {
   std::shared_ptr<vantile::CPUStatus> cpu;
   std::shared_ptr<vantile::ProcessStats> process;
+  std::shared_ptr<vantile::KVDDisk> disk;
 };
 
 Monitors startOthers() {
-  Monitors others{vantile::CPUStatus::singleton(), vantile::ProcessStats::init()};
+  Monitors others{vantile::CPUStatus::singleton(), vantile::ProcessStats::init(),
+                  vantile::KVDDisk::singleton()};
   auto cpu = std::make_shared<vantile::CPUDelegate>();
   cpu->cpuUsedWithSystemWithUserWithIdle = [](float, float, float) {};
   cpu->processorWithTaskCountWithThreadCount = [](std::int32_t, std::int32_t) {};
@@ -71,6 +74,9 @@ Monitors startOthers() {
   auto process = std::make_shared<vantile::ProcessStatsDelegate>();
   process->updateProcessStaus = [](const auto*) {};
   others.process->setDelegate(process);
+  auto disk = std::make_shared<vantile::DiskDelegate>();
+  disk->diskDetails = [](const vantile::Array&) {};
+  others.disk->setDelegate(disk);
   return others;
 }
 
