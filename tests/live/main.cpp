@@ -6,6 +6,7 @@
 #include "live/application_helper.h"
 #include "live/battery_helper.h"
 #include "live/cleaner_helper.h"
+#include "live/label_helper.h"
 #include "live/sensor_helper.h"
 #endif
 
@@ -20,6 +21,8 @@ int main(int count, char** arguments) {
     return runBatteryHelper(arguments[2]);
   if (count == 4 && std::string_view(arguments[1]) == beApplication)
     return runApplication(arguments[2], arguments[3]);
+  if (count == 4 && std::string_view(arguments[1]) == printLabel)
+    return runLabelHelper(arguments[2], arguments[3]);
 #endif
   ::testing::InitGoogleTest(&count, arguments);
   return RUN_ALL_TESTS();
