@@ -27,6 +27,10 @@ set(public_headers
     memory/cleaner.h
     memory/memory.h
     memory/memory_keys.h
+    network/net_manage.h
+    network/net_ppp.h
+    network/network.h
+    network/network_keys.h
     platform/smc_record.h
     platform/text_patterns.h
     power/battery_info.h

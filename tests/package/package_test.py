@@ -21,18 +21,25 @@ applicationcallback appcallback folder_app_callback PowerSourceChanged SMCOpen S
 SMCGetTemperature _strtoul _ultostr'''.split())
 
 # What hosts use, and what the one library uses of the other: no more of the C++ names is seen.
-PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDBatteryInfo KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
-PUBLIC_NAMES = set('''CPUStatus Dictionary FolderWatcher FreshInterval FSWatchQueue GeneralUtility KVDDisk KVDMemory KVDSystemInfo NotificationCenter ProcessInfo ProcessStats Queue RunLoop
-Timer Value WatchApplication WatchDownload WatchQueuePathEntry WatchTrash appendingPathComponent doubleValue intValue isLessThanOrEqual isNilOrEmpty keepForGood lastPathComponent logLine
-makeLoopDriver makeMainLoopDriver onFirstThread operator pathExtension setHostResourceFolder setLogSink startWithString twoDecimals
-systemTextPatterns systemWorkerQueue withoutLastPathComponent withoutPathExtension'''.split())
-SHARED_NAMES = set('''WalkedEntry walkFolder systemApplications systemChildTasks systemFileSystem
-systemFolderReader systemHostMemory systemIntervalAlarm systemPressureMemory systemStandardFolders
-systemSwapAreas systemVersion systemEntries systemFacts systemTextPieces systemBrowsers
-systemFileEvents systemHostResources systemPropertyLists systemTextFolding systemThreads systemWorkspace
-systemProcessors systemSmcService systemLaunchedApplications systemProcessLister systemPowerSources
-systemProcessors systemSmcService systemLaunchedApplications systemProcessLister systemVolumes'''.split())
-systemTimeRemaining systemBatteryRecords systemBatteryEntry'''.split())
+PUBLIC_NAMES = set('''
+appendingPathComponent CPUStatus Dictionary doubleValue FolderWatcher FreshInterval FSWatchQueue
+GeneralUtility intValue isLessThanOrEqual isNilOrEmpty keepForGood KVDBatteryInfo KVDDisk
+KVDMemory KVDSystemInfo lastPathComponent logLine makeLoopDriver makeMainLoopDriver NetManage
+NetPPP Network NotificationCenter onFirstThread operator pathExtension ProcessInfo ProcessStats
+Queue RunLoop setHostResourceFolder setLogSink startWithString systemTextPatterns
+systemWorkerQueue Timer twoDecimals Value WatchApplication WatchDownload WatchQueuePathEntry
+WatchTrash withoutLastPathComponent withoutPathExtension
+'''.split())
+SHARED_NAMES = set('''
+makeInterfaceCounters makeVolumeCategories systemApplications systemBatteryEntry
+systemBatteryRecords systemBrowsers systemChildTasks systemConfigurationStore systemEntries
+systemFacts systemFileEvents systemFileSystem systemFolderReader systemHostMemory
+systemHostResources systemInterfaceFacts systemIntervalAlarm systemLaunchedApplications
+systemPowerSources systemPppDaemon systemPressureMemory systemProcessLister systemProcessors
+systemPropertyLists systemSmcService systemStandardFolders systemSwapAreas systemTextFolding
+systemTextPieces systemThreads systemTimeRemaining systemVersion systemVolumes systemWorkspace
+WalkedEntry walkFolder
+'''.split())
 
 
 def run(*command, **options):

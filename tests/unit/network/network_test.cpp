@@ -1,0 +1,317 @@
+#include "vantile/network/network.h"
+
+#include "fakes/stepped_loop.h"
+#include "unit/network/net_manage_fixture.h"
+
+namespace vantile::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+class NetworkSample : public Manage {
+ protected:
+  NetworkSample() {
+    delegate->networkStatus = [this](const Array& services) {
+      ++calls;
+      lists.push_back(&services);
+      entries.clear();
+      for (const Value& each : services) entries.push_back(*each.as<std::shared_ptr<Dictionary>>());
+    };
+    order({"A"});
+    add("A", "en0");
+    interfaces["en0"].received = 1000;
+  }
+
+  Network& monitor() {
+    if (!monitor_) {
+      monitor_ = Network::init();
+      monitor_->setDelegate(delegate);
+    }
+    return *monitor_;
+  }
+  /// Takes a sample after so much time; gives the one service's entry.
+  Dictionary& tick(std::chrono::nanoseconds time = 1s) {
+    monitor();
+    ports.ppp->now += time;
+    monitor_->updateInfo();
+    return *entries.at(0);
+  }
+  static const Dictionary* details(const Dictionary& entry) {
+    const Value* const found = entry.find("throughput_details");
+    return found ? found->as<std::shared_ptr<Dictionary>>()->get() : nullptr;
+  }
+
+  SteppedLoop loop;
+  const std::shared_ptr<NetworkDelegate> delegate = std::make_shared<NetworkDelegate>();
+  std::shared_ptr<Network> monitor_;
+  int calls = 0;
+  std::vector<const Array*> lists;
+  std::vector<std::shared_ptr<Dictionary>> entries;
+};
+
+TEST_F(NetworkSample, TellsOfAServiceAndWhatItMoved) {
+  monitor();
+  interfaces["en0"].received = 1500;
+  auto& entry = tick();
+  EXPECT_EQ(*entry.text("service_id"), "A");
+  EXPECT_EQ(entry.boolean("is_active_interface"), true);
+  ASSERT_TRUE(details(entry));
+  EXPECT_EQ(details(entry)->uint64("downlink_speed"), 500u);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(NetworkSample, IsTakenEverySecondFromTheStart) {
+  monitor();
+  EXPECT_EQ(monitor().freshInterval(), 1);
+  loop.advance(3s);
+  EXPECT_EQ(calls, 3);
+}
+
+TEST_F(NetworkSample, TheFirstCoversTheRefreshInterval) {
+  monitor().setFreshInterval(7);
+  EXPECT_EQ(*tick(2s).find("sampling_interval"), Value(7.0));
+}
+
+TEST_F(NetworkSample, LaterOnesCoverTheTimeSinceTheOneBefore) {
+  tick();
+  EXPECT_EQ(*tick(2500ms).find("sampling_interval"), Value(2.5));
+  EXPECT_EQ(*tick(1s).find("sampling_interval"), Value(1.0));
+}
+
+TEST_F(NetworkSample, TheMeasuredTimeMakesTheRate) {
+  tick();
+  interfaces["en0"].received += 1000;
+  EXPECT_EQ(details(tick(4s))->number("peak_speek"), 250.0);
+}
+
+TEST_F(NetworkSample, OneSampleStaysAtFirst) {
+  EXPECT_EQ(monitor().stayNetHistoryCount(), 1);
+  monitor().setStayNetHistoryCount(3);
+  EXPECT_EQ(monitor().stayNetHistoryCount(), 3);
+}
+
+TEST_F(NetworkSample, TheNewestOfALongerHistoryIsTold) {
+  monitor().setStayNetHistoryCount(3);
+  for (std::uint64_t i = 1; i <= 9; ++i) {
+    interfaces["en0"].received = 1000 + i;
+    EXPECT_EQ(details(tick())->uint64("total_in"), 1000 + i);
+  }
+}
+
+TEST_F(NetworkSample, TwoServicesAreTwoCallsWithTheSameList) {
+  order({"A", "B"});
+  add("B", "en1");
+  tick();
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(lists.at(0), lists.at(1));
+  EXPECT_EQ(entries.size(), 2u);
+}
+
+TEST_F(NetworkSample, ALaterServicesKeysAreThereFromItsOwnCallOn) {
+  order({"A", "B"});
+  add("B", "en1");
+  std::vector<bool> second;
+  delegate->networkStatus = [&second](const Array& services) {
+    second.push_back(
+        (*services.at(1).as<std::shared_ptr<Dictionary>>())->contains("is_active_interface"));
+  };
+  monitor().updateInfo();
+  EXPECT_EQ(second, (std::vector<bool>{false, true}));
+}
+
+TEST_F(NetworkSample, WithoutServicesNobodyIsTold) {
+  order({});
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 0);
+  store.values.erase("Setup:/Network/Global/IPv4");
+  change();
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(NetworkSample, WithoutServicesTheSampleIsTakenAllTheSame) {
+  order({});
+  monitor().updateInfo();
+  EXPECT_EQ(interfaces.counterReads, 2);
+  ports.ppp->now += 3s;
+  order({"A"});
+  change();
+  EXPECT_EQ(*tick(0s).find("sampling_interval"), Value(3.0));
+}
+
+TEST_F(NetworkSample, AServiceIsActiveWhileItsLinkIs) {
+  interface("en0", "Link").set("Active", false);
+  EXPECT_EQ(tick().boolean("is_active_interface"), false);
+  interface("en0", "Link").set("Active", true);
+  change();
+  EXPECT_EQ(tick().boolean("is_active_interface"), true);
+}
+
+TEST_F(NetworkSample, AServiceWithoutLinkAndPppStatusIsActive) {
+  EXPECT_EQ(tick().boolean("is_active_interface"), true);
+}
+
+TEST_F(NetworkSample, AServiceWhosePppStatusIsZeroIsNotActive) {
+  daemonAnswers(statusReplies(0));
+  setup("A", "PPP");
+  interface("en0", "Link").set("Active", true);
+  EXPECT_EQ(tick().boolean("is_active_interface"), false);
+}
+
+TEST_F(NetworkSample, AServiceWithAnyOtherPppStatusIsActiveWithItsLink) {
+  daemonAnswers(statusReplies(4) + statusReplies(4));
+  setup("A", "PPP");
+  EXPECT_EQ(tick().boolean("is_active_interface"), true);
+  interface("en0", "Link").set("Active", false);
+  change();
+  EXPECT_EQ(tick().boolean("is_active_interface"), false);
+}
+
+TEST_F(NetworkSample, AServicesPppInterfaceIsTheOneThatMoves) {
+  add("A", "tty0");
+  state("A", "PPP").set("InterfaceName", "ppp0");
+  interfaces["ppp0"].received = 7;
+  interfaces["tty0"].received = 9;
+  EXPECT_EQ(details(tick())->uint64("total_in"), 7u);
+}
+
+TEST_F(NetworkSample, PppOverEthernetIsReadFromTheDevice) {
+  state("A", "PPP").set("InterfaceName", "ppp0");
+  interfaces["ppp0"].received = 7;
+  EXPECT_EQ(details(tick())->uint64("total_in"), 1000u);
+  add("A", "eth0");
+  interfaces["eth0"].received = 5;
+  interfaces.ethernet = {"eth0"};
+  change();
+  EXPECT_EQ(details(tick())->uint64("total_in"), 5u);
+}
+
+TEST_F(NetworkSample, AServiceWithNoDeviceIsReadFromItsPppInterface) {
+  setup("A", "Interface") = Dictionary();
+  state("A", "PPP").set("InterfaceName", "ppp0");
+  interfaces["ppp0"].received = 7;
+  EXPECT_EQ(details(tick())->uint64("total_in"), 7u);
+}
+
+TEST_F(NetworkSample, AServiceWithNeitherNameHasNoDetails) {
+  setup("A", "Interface") = Dictionary();
+  auto& entry = tick();
+  EXPECT_EQ(entry.boolean("is_active_interface"), true);
+  EXPECT_FALSE(entry.contains("throughput_details"));
+  EXPECT_FALSE(entry.contains("sampling_interval"));
+}
+
+TEST_F(NetworkSample, AServiceThatTheSampleLacksHasNoDetailsOnANewList) {
+  add("A", "en7");
+  auto& entry = tick();
+  EXPECT_TRUE(entry.contains("is_active_interface"));
+  EXPECT_FALSE(entry.contains("throughput_details"));
+  EXPECT_FALSE(entry.contains("sampling_interval"));
+}
+
+TEST_F(NetworkSample, AServiceThatTheSampleLacksKeepsItsOldDetailsOnTheKeptList) {
+  tick();
+  interfaces.remove("en0");
+  auto& entry = tick(5s);
+  EXPECT_EQ(details(entry)->uint64("total_in"), 1000u);
+  EXPECT_EQ(*entry.find("sampling_interval"), Value(1.0));
+  change();
+  EXPECT_FALSE(tick().contains("throughput_details"));
+}
+
+TEST_F(NetworkSample, ARefusedSampleKeepsItsPlaceAndLeavesTheDetails) {
+  monitor().setStayNetHistoryCount(3);
+  tick();
+  interfaces.refuses = true;
+  interfaces["en0"].received = 2000;
+  auto& entry = tick(5s);
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(details(entry)->uint64("total_in"), 1000u);
+  EXPECT_EQ(*entry.find("sampling_interval"), Value(1.0));
+  change();
+  EXPECT_FALSE(tick(5s).contains("throughput_details"));
+  interfaces.refuses = false;
+  auto& again = tick(2s);
+  EXPECT_EQ(details(again)->uint64("downlink_speed"), 1000u);
+  EXPECT_EQ(*again.find("sampling_interval"), Value(2.0));
+}
+
+TEST_F(NetworkSample, EntriesStayUntilTheConfigurationChanges) {
+  const auto* const before = &tick();
+  EXPECT_EQ(&tick(), before);
+  change();
+  EXPECT_EQ(tick().size(), before->size());
+}
+
+TEST_F(NetworkSample, TheInterfaceEn4IsAskedForFirst) {
+  add("A", "en4");
+  tick();
+  change();
+  store.reads.clear();
+  monitor_->updateInfo();
+  ASSERT_GE(store.reads.size(), 2u);
+  EXPECT_EQ(store.reads[0], "Setup:/Network/Global/IPv4");
+  EXPECT_EQ(store.reads[1], "Setup:/Network/Service/A/Interface");
+}
+
+TEST_F(NetworkSample, WithAnUnchangedConfigurationNothingIsReadFromTheStore) {
+  interface("en0", "Link").set("Active", true);
+  primary("A", "en0");
+  tick();
+  store.reads.clear();
+  tick();
+  EXPECT_TRUE(store.reads.empty());
+}
+
+TEST_F(NetworkSample, WithoutAConfigurationTheMonitorIsThereAndTellsNothing) {
+  store.refuses = true;
+  monitor().updateInfo();
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(interfaces.counterReads, 0);
+}
+
+TEST_F(NetworkSample, WithoutADelegateItIsTakenAllTheSame) {
+  monitor().setDelegate(nullptr);
+  monitor().updateInfo();
+  monitor().setDelegate(std::make_shared<NetworkDelegate>());
+  monitor().updateInfo();
+  EXPECT_EQ(interfaces.counterReads, 3);
+}
+
+TEST_F(NetworkSample, ADelegateMaySampleAgain) {
+  delegate->networkStatus = [this](const Array&) {
+    if (++calls < 5) monitor_->updateInfo();
+  };
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 5);
+}
+
+TEST_F(NetworkSample, AChangeInTheMidstOfACallIsSafe) {
+  order({"A", "B"});
+  add("B", "en1");
+  delegate->networkStatus = [this](const Array& services) {
+    calls += static_cast<int>(services.size());
+    change();
+  };
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 4);
+}
+
+TEST_F(NetworkSample, AMonitorThatGoesEndsItsSession) {
+  monitor();
+  EXPECT_EQ(store.sessions, 1);
+  monitor_.reset();
+  EXPECT_EQ(store.sessions, 0);
+  loop.advance(3s);
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(NetworkSample, TheSharedMonitorIsMadeOnce) {
+  const auto shared = Network::singleton();
+  EXPECT_EQ(Network::singleton(), shared);
+  EXPECT_EQ(store.sessions, 1);
+}
+
+}  // namespace
+}  // namespace vantile::testing
