@@ -18,10 +18,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-#ifdef MSG_NOSIGNAL
-constexpr int quietly = MSG_NOSIGNAL;
+#ifdef SO_NOSIGPIPE
+constexpr int quietly = 0;  // the socket's own option sees to it; older systems lack the flag
 #else
-constexpr int quietly = 0;  // the socket's own option sees to it
+constexpr int quietly = MSG_NOSIGNAL;
 #endif
 
 /// Milliseconds up to the moment, at least one; 0 when it is past.
