@@ -117,7 +117,7 @@ class FakePppDaemon final : public PppDaemon {
  public:
   using Moment = std::chrono::steady_clock::time_point;
 
-  PppConnecting connect(std::chrono::nanoseconds within) override {
+  PppConnecting reach(std::chrono::nanoseconds within) override {
     ++connects;
     waits.push_back(within);
     if (scripts.empty()) return {};

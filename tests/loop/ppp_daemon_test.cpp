@@ -211,7 +211,7 @@ TEST_F(ScriptedDaemon, AConnectionThatItClosesIsMadeAnew) {
 
 TEST_F(ScriptedDaemon, WritingToAClosedConnectionRaisesNoSignal) {
   ASSERT_EQ(std::signal(SIGPIPE, SIG_DFL), SIG_DFL) << "it would end the program";
-  const auto made = NetworkPorts::installed().ppp->connect(limit);
+  const auto made = NetworkPorts::installed().ppp->reach(limit);
   ASSERT_TRUE(made.connection);
   Descriptor(::accept(listener_.get(), nullptr, nullptr));
   EXPECT_EQ(made.connection->send("request", limit), PppTransfer::closed);
@@ -235,7 +235,7 @@ TEST_F(ScriptedDaemon, AFullQueueOfConnectionsHoldsNobodyUpLongerThanTheTime) {
   PppTransfer outcome = PppTransfer::done;
   const auto waited = timeOf([&] {
     while (outcome == PppTransfer::done && held.size() < 10) {
-      held.push_back(daemon->connect(200ms));
+      held.push_back(daemon->reach(200ms));
       outcome = held.back().outcome;
     }
   });
@@ -246,7 +246,7 @@ TEST_F(ScriptedDaemon, AFullQueueOfConnectionsHoldsNobodyUpLongerThanTheTime) {
 TEST(LocalDaemon, WhereNobodyListensConnectingIsRefusedAtOnce) {
   const TemporaryFolder folder;
   const auto daemon = pppDaemonAt(folder.path("nobody"));
-  const auto made = daemon->connect(2s);
+  const auto made = daemon->reach(2s);
   EXPECT_EQ(made.outcome, PppTransfer::closed);
   EXPECT_FALSE(made.connection);
 }

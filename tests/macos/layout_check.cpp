@@ -9,12 +9,17 @@
 #include <dispatch/dispatch.h>
 #include <fcntl.h>
 #include <mach/mach.h>
+#include <net/if.h>
+#include <net/if_dl.h>
+#include <net/route.h>
 #include <objc/runtime.h>
 #include <spawn.h>
 #include <sys/event.h>
 #include <sys/mount.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/sysctl.h>
+#include <sys/un.h>
 #include <time.h>
 
 #include <cstddef>
@@ -115,3 +120,17 @@ static_assert(offsetof(struct statfs, f_mntfromname) == 1112);
 static_assert(sizeof(UniChar) == 2 && sizeof(SInt16) == 2 && sizeof(UInt64) == 8);
 static_assert(sizeof(FSRef) == 80 && sizeof(HFSUniStr255) == 512);
 static_assert(offsetof(FSCatalogInfo, volume) == 2);
+
+// What the parser of routing messages has as numbers of its own.
+static_assert(CTL_NET == 4 && PF_ROUTE == 17 && NET_RT_IFLIST == 3);
+static_assert(RTM_IFINFO == 14 && AF_LINK == 18 && IFF_UP == 0x1 && IFF_LOOPBACK == 0x8);
+static_assert(sizeof(if_msghdr) == 112 && offsetof(if_msghdr, ifm_msglen) == 0);
+static_assert(offsetof(if_msghdr, ifm_type) == 3 && offsetof(if_msghdr, ifm_flags) == 8);
+static_assert(offsetof(if_msghdr, ifm_index) == 12);
+static_assert(offsetof(if_msghdr, ifm_data.ifi_ibytes) == 56);
+static_assert(offsetof(if_msghdr, ifm_data.ifi_obytes) == 60);
+static_assert(offsetof(sockaddr_dl, sdl_family) == 1 && offsetof(sockaddr_dl, sdl_nlen) == 5);
+static_assert(offsetof(sockaddr_dl, sdl_data) == 8);
+
+static_assert(sizeof(sockaddr_un) == 106 && offsetof(sockaddr_un, sun_path) == 2);
+static_assert(AF_UNIX == 1 && SO_NOSIGPIPE == 0x1022);

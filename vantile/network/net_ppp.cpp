@@ -55,7 +55,7 @@ bool NetPPP::isConnected(Moment until) {
   if (pppconfdHandle) return true;
   if (awayUntil_ && ports_->now() < *awayUntil_) return false;
   awayUntil_.reset();
-  auto made = ports_->ppp->connect(left(until));
+  auto made = ports_->ppp->reach(left(until));
   if (!isDone(made.outcome)) return false;
   pppconfdHandle = std::move(made.connection);
   return pppconfdHandle != nullptr;

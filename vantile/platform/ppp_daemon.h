@@ -41,7 +41,7 @@ class PppDaemon {
 
   /// Connects, waiting no longer than `within`.
   /// macOS: a local stream socket to "/var/run/pppconfd".
-  virtual PppConnecting connect(std::chrono::nanoseconds within) = 0;
+  virtual PppConnecting reach(std::chrono::nanoseconds within) = 0;
 };
 
 /// The machine's daemon, shared by the process; null on a platform that has none.

@@ -277,6 +277,12 @@ void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopM
   add(loop, loop->sources, source, mode);
 }
 
+void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode) {
+  const std::lock_guard lock(fakes::mutex);
+  if (mode != kCFRunLoopDefaultMode || source->loop != loop) std::abort();
+  loop->remove(loop->sources, source);
+}
+
 CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime fireDate,
                                        CFTimeInterval interval, CFOptionFlags, CFIndex,
                                        CFRunLoopTimerCallBack callout,

@@ -132,6 +132,23 @@ struct Machine {
   std::vector<KernelEventCall> eventCalls;
   std::optional<std::uint64_t> descriptorLimit = 256;  ///< of the process; nothing fails
 
+  std::map<std::string, PropertyList> store;          ///< the configuration's, by key
+  std::string storeName;                              ///< that the session was given
+  std::vector<std::string> storeKeys, storePatterns;  ///< whose changes it asked for
+  std::vector<std::string> storeReads;
+  void* storeSource = nullptr;  ///< of its changes
+
+  std::map<std::string, std::uint32_t> namedServices;  ///< by interface, 0x701 and so on
+  bool hasParent = true;                               ///< a service has one, 0x100 further on
+  std::optional<std::string> routingList;              ///< bytes of the interfaces' list
+  std::optional<std::string> routingListLater;         ///< what it becomes once its size was told
+  std::vector<const void*> routingBuffers;             ///< that it was put into
+  std::vector<std::size_t> routingRooms;               ///< and how large they were said to be
+
+  std::vector<std::string> socketAddresses;  ///< bytes that connect was given
+  std::string socketPath;                    ///< where it goes in place of the address
+  bool refusesSocketOption = false;
+
   bool refusesThreads = false;
   int spawnFlags = 0;  ///< that the last spawn asked for
 };
@@ -161,6 +178,9 @@ Live live();
 
 /// Sets the machine back and counts from here on.
 void reset();
+
+/// Has this thread's run loop tell the configuration's session of a change.
+void changeStore();
 
 /// The time since the machine started, which stands still by itself. A sleeping run loop moves it
 /// on to its next timer.

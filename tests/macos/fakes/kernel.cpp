@@ -3,14 +3,17 @@
 #include <crt_externs.h>
 #include <dlfcn.h>
 #include <mach/mach.h>
+#include <net/route.h>
 #include <pthread.h>
 #include <pwd.h>
 #include <spawn.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/sysctl.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -63,6 +66,16 @@ int answer(const std::string* value, void* old, size_t* oldSize) {
   return 0;
 }
 
+int routingList(void* old, size_t* oldSize) {
+  if (old) {
+    machine.routingBuffers.push_back(old);
+    machine.routingRooms.push_back(*oldSize);
+  }
+  const int result = answer(machine.routingList ? &*machine.routingList : nullptr, old, oldSize);
+  if (!old && machine.routingListLater) machine.routingList = *machine.routingListLater;
+  return result;
+}
+
 }  // namespace
 
 extern "C" {
@@ -108,6 +121,8 @@ void* fake_dlsym(void* handle, const char* name) {
 }
 
 int sysctl(int* name, unsigned int depth, void* old, size_t* oldSize, void*, size_t) {
+  constexpr int interfaces[] = {CTL_NET, PF_ROUTE, 0, 0, NET_RT_IFLIST, 0};
+  if (depth == 6 && std::equal(name, name + depth, interfaces)) return routingList(old, oldSize);
   if (depth != 2) std::abort();
   if (name[0] == CTL_VM && name[1] == VM_SWAPUSAGE)
     return answer(machine.swapUsage ? &*machine.swapUsage : nullptr, old, oldSize);

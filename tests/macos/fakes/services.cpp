@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "fakes/objects.h"
 
@@ -20,14 +22,26 @@ constexpr io_service_t expertDevice = 0x601, battery = 0x602;
 constexpr mach_port_t mainPortName = 0x701;
 
 struct Matching : __CFDictionary {
-  std::string className;
+  std::string className, interfaceName;
 };
 
 bool isFor(const char* className, CFDictionaryRef matching) {
   return static_cast<const Matching*>(matching)->className == className;
 }
 
-std::size_t next = 0;             // service that the iterator gives
+std::vector<io_service_t> matched;  // by the last search
+std::size_t next = 0;               // service that the iterator gives
+constexpr io_object_t toParent = 0x100;
+
+/// The services that the dictionary stands for.
+std::vector<io_service_t> servicesFor(CFDictionaryRef matching) {
+  const auto& name = static_cast<const Matching*>(matching)->interfaceName;
+  if (name.empty()) return machine.services;
+  const auto found = machine.namedServices.find(name);
+  if (found == machine.namedServices.end()) return {};
+  return {found->second, found->second + 1};
+}
+
 std::multiset<io_object_t> live;  // objects that somebody owes a release
 
 void note(const char* call) {
@@ -78,6 +92,23 @@ CFMutableDictionaryRef IOServiceMatching(const char* name) {
   return matching;
 }
 
+CFMutableDictionaryRef IOBSDNameMatching(mach_port_t mainPort, uint32_t options,
+                                         const char* bsdName) {
+  if (mainPort != MACH_PORT_NULL || options != 0) std::abort();
+  auto* const matching = fakes::createdBy<Matching>("IOBSDNameMatching");
+  if (matching) matching->interfaceName = bsdName;
+  return matching;
+}
+
+kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const char* plane,
+                                            io_registry_entry_t* parent) {
+  note("parent");
+  if (!live.contains(entry) || std::strcmp(plane, "IOService") != 0) std::abort();
+  if (!machine.hasParent) return static_cast<kern_return_t>(0xe00002f0);
+  *parent = give(entry + toParent);
+  return KERN_SUCCESS;
+}
+
 io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef matching) {
   note("match");
   if (mainPort != MACH_PORT_NULL) std::abort();
@@ -92,7 +123,9 @@ io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef m
 CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
                                           CFAllocatorRef allocator, IOOptionBits options) {
   note("property");
-  if (entry != expertDevice || !live.contains(entry) || allocator || options != 0) std::abort();
+  const bool isParent = entry >= 0x701 + toParent;
+  if ((entry != expertDevice && !isParent) || !live.contains(entry) || allocator || options != 0)
+    std::abort();
   const auto found = machine.registry.find(*fakes::utf8Of(key->text));
   return found == machine.registry.end() ? nullptr : fakes::objectFrom(found->second);
 }
@@ -112,7 +145,9 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef
   note("match");
   if (mainPort != MACH_PORT_NULL) std::abort();
   if (!matching) return static_cast<kern_return_t>(0xe00002c2);
-  if (!isFor("AppleSMC", matching)) std::abort();
+  const bool byName = !static_cast<const Matching*>(matching)->interfaceName.empty();
+  if (!byName && !isFor("AppleSMC", matching)) std::abort();
+  matched = servicesFor(matching);
   CFRelease(matching);  // it takes the reference over
   if (machine.matchingResult != KERN_SUCCESS) return machine.matchingResult;
   next = 0;
@@ -123,7 +158,7 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef
 io_object_t IOIteratorNext(io_iterator_t from) {
   note("next");
   if (from != iterator || !live.contains(from)) std::abort();
-  return next < machine.services.size() ? give(machine.services[next++]) : IO_OBJECT_NULL;
+  return next < matched.size() ? give(matched[next++]) : IO_OBJECT_NULL;
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {

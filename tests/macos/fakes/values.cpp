@@ -85,6 +85,7 @@ Object* objectFrom(const PropertyList& list) {
 extern "C" {
 
 const CFTimeInterval kCFAbsoluteTimeIntervalSince1970 = 978307200;
+const CFArrayCallBacks kCFTypeArrayCallBacks = {};
 const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {};
 const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {};
 
@@ -159,6 +160,15 @@ CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex size) {
 
 CFIndex CFArrayGetCount(CFArrayRef value) {
   return static_cast<CFIndex>(value->items.size());
+}
+
+CFArrayRef CFArrayCreate(CFAllocatorRef, const void** values, CFIndex count,
+                         const CFArrayCallBacks* callBacks) {
+  if (callBacks != &kCFTypeArrayCallBacks) std::abort();  // without these it would own nothing
+  auto* const result = fakes::createdBy<__CFArray>("CFArrayCreate");
+  for (CFIndex i = 0; result && i < count; ++i)
+    result->items.push_back(retained(fakes::objectOf(values[i])));
+  return result;
 }
 
 const void* CFArrayGetValueAtIndex(CFArrayRef value, CFIndex index) {

@@ -89,7 +89,7 @@ class LocalDaemon final : public PppDaemon {
  public:
   explicit LocalDaemon(const sockaddr_un& address) : address_(address) {}
 
-  PppConnecting connect(std::chrono::nanoseconds within) override {
+  PppConnecting reach(std::chrono::nanoseconds within) override {
     const auto until = Clock::now() + within;
     Descriptor socket = quietSocket();
     if (!socket) return {};

@@ -5,6 +5,7 @@
 
 #define CTL_VM 2
 #define VM_SWAPUSAGE 5
+#define CTL_NET 4
 #define CTL_HW 6
 #define HW_NCPU 3
 #define HW_CPU_FREQ 15

@@ -94,7 +94,19 @@ CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef date);
 
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex size);
 
+typedef struct {
+  CFIndex version;
+  const void* (*retain)(CFAllocatorRef allocator, const void* value);
+  void (*release)(CFAllocatorRef allocator, const void* value);
+  CFStringRef (*copyDescription)(const void* value);
+  Boolean (*equal)(const void* value1, const void* value2);
+} CFArrayCallBacks;
+
+extern const CFArrayCallBacks kCFTypeArrayCallBacks;
+
 CFTypeID CFArrayGetTypeID(void);
+CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void** values, CFIndex count,
+                         const CFArrayCallBacks* callBacks);
 CFIndex CFArrayGetCount(CFArrayRef array);
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
 
@@ -195,6 +207,7 @@ CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef allocator, CFIndex order
 void CFRunLoopSourceSignal(CFRunLoopSourceRef source);
 void CFRunLoopSourceInvalidate(CFRunLoopSourceRef source);
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode);
+void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode);
 
 typedef struct {
   CFIndex version;

@@ -24,9 +24,13 @@ typedef kern_return_t IOReturn;
 kern_return_t IOMasterPort(mach_port_t bootstrapPort, mach_port_t* mainPort);
 CFMutableDictionaryRef IOServiceMatching(const char* name);
 CFMutableDictionaryRef IOServiceNameMatching(const char* name);
+CFMutableDictionaryRef IOBSDNameMatching(mach_port_t mainPort, uint32_t options,
+                                         const char* bsdName);
 kern_return_t IOServiceGetMatchingServices(mach_port_t mainPort, CFDictionaryRef matching,
                                            io_iterator_t* existing);
 io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef matching);
+kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const char plane[128],
+                                            io_registry_entry_t* parent);
 CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
                                           CFAllocatorRef allocator, IOOptionBits options);
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,

@@ -10,6 +10,24 @@ extern "C" {
 
 typedef const struct __SCDynamicStore* SCDynamicStoreRef;
 
+typedef struct {
+  CFIndex version;
+  void* info;
+  const void* (*retain)(const void* info);
+  void (*release)(const void* info);
+  CFStringRef (*copyDescription)(const void* info);
+} SCDynamicStoreContext;
+
+typedef void (*SCDynamicStoreCallBack)(SCDynamicStoreRef store, CFArrayRef changedKeys, void* info);
+
+SCDynamicStoreRef SCDynamicStoreCreate(CFAllocatorRef allocator, CFStringRef name,
+                                       SCDynamicStoreCallBack callout,
+                                       SCDynamicStoreContext* context);
+Boolean SCDynamicStoreSetNotificationKeys(SCDynamicStoreRef store, CFArrayRef keys,
+                                          CFArrayRef patterns);
+CFRunLoopSourceRef SCDynamicStoreCreateRunLoopSource(CFAllocatorRef allocator,
+                                                     SCDynamicStoreRef store, CFIndex order);
+CFPropertyListRef SCDynamicStoreCopyValue(SCDynamicStoreRef store, CFStringRef key);
 CFStringRef SCDynamicStoreCopyComputerName(SCDynamicStoreRef store, CFStringEncoding* encoding);
 
 #ifdef __cplusplus

@@ -1,0 +1,3 @@
+#pragma once
+
+#define RTM_IFINFO 0xe
