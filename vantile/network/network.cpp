@@ -1,5 +1,8 @@
 #include "vantile/network/network.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "vantile/foundation/guard.h"
@@ -20,6 +23,19 @@ bool isActive(const Dictionary& entry) {
     if (held && *held && (*held)->uint64(keys::status).value_or(0) == 0) return false;
   }
   return truthOf(entry.find(keys::linkactive_status)).value_or(true);
+}
+
+/// The value under `key`, looked for from `place` on, which becomes the one behind it: as a rule
+/// services come in the order of their interfaces.
+const Value* findFrom(const Dictionary& sample, std::size_t& place, std::string_view key) {
+  const auto isIt = [key](const Dictionary::Entry& each) { return each.key() == key; };
+  const auto begin = sample.begin(), end = sample.end();
+  const auto from = begin + static_cast<std::ptrdiff_t>(std::min(place, sample.size()));
+  auto found = std::find_if(from, end, isIt);
+  if (found == end) found = std::find_if(begin, from, isIt);
+  if (found == end || found->key() != key) return nullptr;
+  place = static_cast<std::size_t>(found - begin) + 1;
+  return &found->value;
 }
 
 }  // namespace
@@ -60,11 +76,12 @@ void Network::sample() {
   lastSampleDate = ports_->now();
   const auto services = netManage ? netManage->queryInterfaceLists() : nullptr;
   if (!services) return;
+  std::size_t place = 0;
   for (const Value& each : *services) {
     const auto* const held = each.as<std::shared_ptr<Dictionary>>();
     if (!held || !*held || !(*held)->contains(keys::service_id)) continue;
     (*held)->set(keys::is_active_interface, isActive(**held));
-    addThroughput(**held);
+    addThroughput(**held, place);
     tell(delegate(), &NetworkDelegate::networkStatus, *services);
   }
 }
@@ -75,13 +92,13 @@ double Network::sinceLastSample() const {
 }
 
 /// PPP over Ethernet is read from the Ethernet device.
-void Network::addThroughput(Dictionary& entry) const {
+void Network::addThroughput(Dictionary& entry, std::size_t& place) const {
   const auto* const device = entry.text(keys::device_name);
   const auto* const link = entry.text(keys::device_ppp_name);
   const bool overEthernet = device && isEthernetName(*ports_->facts, *device);
   const auto* const name = link && !overEthernet ? link : device;
   const auto& sample = history_->newest();
-  const Value* const details = name && sample ? sample->find(*name) : nullptr;
+  const Value* const details = name && sample ? findFrom(*sample, place, *name) : nullptr;
   if (!details) return;
   entry.set(keys::throughput_details, *details);
   entry.set(keys::sampling_interval, history_->newestInterval());

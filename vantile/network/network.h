@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -55,7 +56,7 @@ class VANTILE_API Network final : public Monitor<NetworkDelegate> {
   explicit Network(NetworkPorts ports);
   void sample();
   double sinceLastSample() const;
-  void addThroughput(Dictionary& entry) const;
+  void addThroughput(Dictionary& entry, std::size_t& place) const;
 
   const std::unique_ptr<const NetworkPorts> ports_;
   std::shared_ptr<NetManage> netManage;

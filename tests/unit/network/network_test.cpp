@@ -201,6 +201,20 @@ TEST_F(NetworkSample, AServiceWithNeitherNameHasNoDetails) {
   EXPECT_FALSE(entry.contains("sampling_interval"));
 }
 
+TEST_F(NetworkSample, ServicesMayComeInAnyOrder) {
+  order({"C", "A", "D", "B"});
+  add("B", "en1");
+  add("C", "en2");
+  add("D", "en9");
+  interfaces["en1"].received = 1001;
+  interfaces["en2"].received = 1002;
+  tick();
+  EXPECT_EQ(details(*entries.at(0))->uint64("total_in"), 1002u);
+  EXPECT_EQ(details(*entries.at(1))->uint64("total_in"), 1000u);
+  EXPECT_FALSE(details(*entries.at(2)));
+  EXPECT_EQ(details(*entries.at(3))->uint64("total_in"), 1001u);
+}
+
 TEST_F(NetworkSample, AServiceThatTheSampleLacksHasNoDetailsOnANewList) {
   add("A", "en7");
   auto& entry = tick();
