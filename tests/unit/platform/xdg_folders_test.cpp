@@ -33,6 +33,7 @@ TEST_F(XdgFoldersTest, WithoutSettingsAreTheConventionalOnes) {
   EXPECT_EQ(known.downloads(), folder.path("Downloads"));
   EXPECT_EQ(known.library(), folder.path(".local/share"));
   EXPECT_EQ(known.preferences(), folder.path(".config"));
+  EXPECT_EQ(known.caches(), folder.path(".cache"));
   EXPECT_EQ(known.trash(), folder.path(".local/share/Trash/files"));
   EXPECT_EQ(known.applications(), "/usr/share/applications");
 }
@@ -48,10 +49,12 @@ TEST_F(XdgFoldersTest, AHomeThatIsTheRootGivesNoDoubleSlash) {
 }
 
 TEST_F(XdgFoldersTest, TheEnvironmentNamesTheBaseFolders) {
-  environment = {{"XDG_DATA_HOME", "/data/"}, {"XDG_CONFIG_HOME", "/config"}};
+  environment = {
+      {"XDG_DATA_HOME", "/data/"}, {"XDG_CONFIG_HOME", "/config"}, {"XDG_CACHE_HOME", "/caches"}};
   EXPECT_EQ(folders().library(), "/data");
   EXPECT_EQ(folders().trash(), "/data/Trash/files");
   EXPECT_EQ(folders().preferences(), "/config");
+  EXPECT_EQ(folders().caches(), "/caches");
 }
 
 TEST_F(XdgFoldersTest, ABaseFolderThatIsTheRootGivesNoDoubleSlash) {

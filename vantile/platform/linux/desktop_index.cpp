@@ -1,7 +1,6 @@
 #include "vantile/platform/linux/desktop_index.h"
 
 #include <stdlib.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -48,15 +47,6 @@ Modified modificationOf(const std::string& folder) {
   const auto status = statusOf(AT_FDCWD, folder.c_str(), 0, STATX_TYPE | STATX_MTIME);
   if (!status || !S_ISDIR(status->stx_mode)) return {};
   return {status->stx_mtime.tv_sec, status->stx_mtime.tv_nsec};
-}
-
-/// Whether no further change can get the same time: file systems count it in steps of up to two
-/// seconds. A time to come was set by somebody, changes set the present one.
-bool isSettled(const Modified& time) {
-  constexpr std::int64_t step = 2;
-  timespec now = {};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  return time.seconds < now.tv_sec - step || time.seconds > now.tv_sec + step;
 }
 
 bool isScript(const std::string& path) {
@@ -116,7 +106,7 @@ void DesktopIndex::readFolder(const std::string& path, const std::string& identi
                               int depth) {
   if (folders_.size() >= mostFolders) return;
   const auto modified = modificationOf(path);  // before it is read, so that no change is missed
-  folders_.push_back({path, modified.seconds, modified.nanoseconds, isSettled(modified)});
+  folders_.push_back({path, modified.seconds, modified.nanoseconds, isSettled(modified.seconds)});
   std::vector<std::string> names;
   forEachEntry(path, [&names](const dirent& entry) {
     if (entry.d_name[0] != '.') names.emplace_back(entry.d_name);

@@ -1,5 +1,7 @@
 #include "vantile/platform/linux/file_stamp.h"
 
+#include <time.h>
+
 #include "vantile/platform/linux/statx.h"
 
 namespace vantile {
@@ -10,6 +12,17 @@ std::optional<FileStamp> stampOf(const std::string& path) {
   if (!status || !S_ISREG(status->stx_mode)) return std::nullopt;
   return FileStamp{makedev(status->stx_dev_major, status->stx_dev_minor), status->stx_ino,
                    status->stx_size, status->stx_mtime.tv_sec, status->stx_mtime.tv_nsec};
+}
+
+std::int64_t presentSecond() {
+  timespec now = {};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return now.tv_sec;
+}
+
+bool isSettled(std::int64_t modified, std::int64_t now) {
+  constexpr std::int64_t step = 2;
+  return modified < now - step || modified > now + step;
 }
 
 }  // namespace vantile

@@ -17,4 +17,11 @@ struct FileStamp {
 /// The stamp of the regular file at `path`, links followed, or nothing.
 std::optional<FileStamp> stampOf(const std::string& path);
 
+/// The present second since 1970, as the system's clock has it.
+std::int64_t presentSecond();
+
+/// Whether no further change can get the same time: file systems count it in steps of up to two
+/// seconds. A time to come was set by somebody, changes set the present one.
+bool isSettled(std::int64_t modified, std::int64_t now = presentSecond());
+
 }  // namespace vantile

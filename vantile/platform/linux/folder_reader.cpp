@@ -1,7 +1,4 @@
-#include "vantile/platform/folder_reader.h"
-
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -9,9 +6,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "vantile/platform/linux/linux_folder.h"
 #include "vantile/platform/linux/statx.h"
-#include "vantile/platform/posix/descriptor.h"
-#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
@@ -25,43 +21,7 @@ struct KernelEntry {
   char name[1];
 };
 
-class LinuxFolder final : public OpenFolder {
- public:
-  explicit LinuxFolder(Descriptor folder) : folder_(std::move(folder)) {}
-
-  Listed list(FolderBatch& batch) override;
-
-  std::unique_ptr<OpenFolder> child(const char* name) override {
-    return opened(::openat(folder_.get(), name, folderFlags | O_NOFOLLOW));
-  }
-  std::unique_ptr<OpenFolder> parent() override {
-    return opened(::openat(folder_.get(), "..", folderFlags));
-  }
-
-  std::optional<FileIdentity> identity() override {
-    const auto status = statusOf(folder_.get(), "", AT_EMPTY_PATH, STATX_INO);
-    return status ? std::optional(identityOf(*status)) : std::nullopt;
-  }
-
-  std::optional<FileFacts> facts(const char* name) override {
-    const auto status = statusOf(folder_.get(), name, AT_SYMLINK_NOFOLLOW,
-                                 STATX_TYPE | STATX_SIZE | STATX_NLINK | STATX_INO);
-    return status ? std::optional(factsOf(*status)) : std::nullopt;
-  }
-
-  std::optional<std::string> text(const char* name, std::size_t most) override {
-    return beginningOf(folder_.get(), name, most);
-  }
-
-  static std::unique_ptr<OpenFolder> opened(int fd) {
-    return fd < 0 ? nullptr : std::make_unique<LinuxFolder>(Descriptor(fd));
-  }
-
- private:
-  FileKind kindOfEntry(unsigned char type, const char* name) const;
-
-  Descriptor folder_;
-};
+}  // namespace
 
 FileKind LinuxFolder::kindOfEntry(unsigned char type, const char* name) const {
   switch (type) {
@@ -98,11 +58,11 @@ Listed LinuxFolder::list(FolderBatch& batch) {
   return Listed::some;
 }
 
+namespace {
+
 class LinuxFolderReader final : public FolderReader {
  public:
-  std::unique_ptr<OpenFolder> open(const char* path) override {
-    return LinuxFolder::opened(::open(path, folderFlags));
-  }
+  std::unique_ptr<OpenFolder> open(const char* path) override { return LinuxFolder::at(path); }
 };
 
 }  // namespace

@@ -22,8 +22,8 @@ std::string withoutTrailingSlash(std::string path) {
   return path;
 }
 
-/// Makes the folder and those that lead to it, where they are missing. What can't be made is found
-/// missing later.
+}  // namespace
+
 void makeForUserAlone(const std::string& path) {
   constexpr mode_t userAlone = 0700;
   for (auto end = path.find('/', 1); true; end = path.find('/', end + 1)) {
@@ -33,8 +33,6 @@ void makeForUserAlone(const std::string& path) {
     if (end == std::string::npos) return;
   }
 }
-
-}  // namespace
 
 XdgFolders::XdgFolders() : XdgFolders(homeOfAccount(), environmentVariable) {}
 
@@ -72,6 +70,10 @@ std::string XdgFolders::library() {
 
 std::string XdgFolders::preferences() {
   return baseFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::string XdgFolders::caches() {
+  return baseFolder("XDG_CACHE_HOME", ".cache");
 }
 
 std::string XdgFolders::applications() {

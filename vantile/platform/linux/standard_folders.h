@@ -30,6 +30,9 @@ class XdgFolders final : public StandardFolders {
   /// home.
   std::string desktop();
 
+  /// Where what can be made anew is kept: $XDG_CACHE_HOME, else .cache in the home.
+  std::string caches();
+
  private:
   std::string userFolder(const char* variable, const char* belowHome);
   std::string trashCan();
@@ -39,5 +42,9 @@ class XdgFolders final : public StandardFolders {
   const std::string home_;
   const Environment environment_;
 };
+
+/// Makes the folder and those that lead to it, where they are missing. What can't be made is found
+/// missing later.
+void makeForUserAlone(const std::string& path);
 
 }  // namespace vantile
