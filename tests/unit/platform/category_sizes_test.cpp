@@ -1,0 +1,159 @@
+#include "vantile/platform/linux/category_sizes.h"
+
+#include <thread>
+
+#include "vantile/platform/linux/mailbox.h"
+
+#include "fakes/gate.h"
+#include "unit/platform/usage_fixture.h"
+
+namespace vantile {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Keeps what is to run on a thread of its own; runs it on one that it joins when it is told to.
+class JoinedThreads final : public Threads {
+ public:
+  ~JoinedThreads() override { join(); }
+  bool detach(const char*, std::function<void()> body) override {
+    ++asked;
+    if (refuses) return false;
+    running.emplace_back(std::move(body));
+    return true;
+  }
+  void join() {
+    for (auto& thread : running)
+      if (thread.joinable()) thread.join();
+  }
+  int asked = 0;
+  bool refuses = false;
+  std::vector<std::thread> running;
+};
+
+struct CategorySizesTest : testing::UsageTest {
+  std::unique_ptr<LinuxVolumeCategories> make(std::function<void()> before = [] {}) {
+    LinuxVolumeCategories::Means means;
+    means.accounting = [this, before] {
+      before();
+      UsageAccounting::Means accounting;
+      accounting.cacheFolder = caches.path("vantile");
+      accounting.installed = {tree.path("usr")};
+      return accounting;
+    };
+    means.threads = threads;
+    return std::make_unique<LinuxVolumeCategories>(std::move(means));
+  }
+  /// The list, once the thread has it.
+  std::optional<Array> awaited(VolumeCategories& categories) {
+    for (;;) {
+      if (auto sizes = categories.of(tree.path())) return sizes->sizes;
+      std::this_thread::yield();
+    }
+  }
+
+  const testing::TemporaryFolder caches;
+  const std::shared_ptr<JoinedThreads> threads = std::make_shared<JoinedThreads>();
+};
+
+TEST_F(CategorySizesTest, TheListHasItsKindsInTheirPlaces) {
+  tree.file("usr/program", contents(1));
+  tree.file("film.mkv", contents(10));
+  tree.file("song.flac", contents(20));
+  tree.file("picture.jpg", contents(40));
+  const auto categories = make();
+  categories->want({tree.path()});
+  Array expected(13, Value(std::uint64_t{0}));
+  expected[6] = Value(bytes("film.mkv"));
+  expected[7] = Value(bytes("usr/program"));
+  expected[9] = Value(bytes("song.flac"));
+  expected[12] = Value(bytes("picture.jpg"));
+  EXPECT_EQ(awaited(*categories), expected);
+}
+
+TEST_F(CategorySizesTest, WhatIsNotWantedHasNoItem) {
+  const auto categories = make();
+  EXPECT_FALSE(categories->of(tree.path()));
+  EXPECT_EQ(threads->asked, 0);
+  categories->want({tree.path()});
+  awaited(*categories);
+  EXPECT_FALSE(categories->of("/elsewhere"));
+  categories->want({});
+  EXPECT_FALSE(categories->of(tree.path()));
+}
+
+TEST_F(CategorySizesTest, NoneWantedEndsTheThread) {
+  const auto categories = make();
+  categories->want({tree.path()});
+  awaited(*categories);
+  categories->want({});
+  threads->join();
+  categories->want({tree.path()});
+  EXPECT_EQ(threads->asked, 2);
+  EXPECT_TRUE(awaited(*categories));
+}
+
+TEST_F(CategorySizesTest, TheOwnersEndEndsTheThread) {
+  auto categories = make();
+  categories->want({tree.path()});
+  awaited(*categories);
+  categories.reset();
+  threads->join();
+}
+
+TEST_F(CategorySizesTest, AThreadThatIsHeldUpHoldsUpNobody) {
+  testing::Gate gate;
+  auto categories = make([&gate] { gate.pass(); });
+  categories->want({tree.path()});
+  gate.awaitEntry();
+  EXPECT_FALSE(categories->of(tree.path()));
+  categories->want({tree.path(), "/elsewhere"});
+  categories.reset();  // would not come back
+  gate.open();
+  threads->join();
+}
+
+TEST_F(CategorySizesTest, TheSameListIsNotHandedOnTwice) {
+  const auto categories = make();
+  categories->want({tree.path()});
+  categories->want({tree.path()});
+  EXPECT_EQ(threads->asked, 1);
+  categories->want({});
+  categories->want({});
+  EXPECT_EQ(threads->asked, 1);
+}
+
+TEST_F(CategorySizesTest, AChangedListReachesTheThread) {
+  const auto categories = make();
+  categories->want({caches.path()});
+  while (!categories->of(caches.path())) std::this_thread::yield();
+  categories->want({caches.path(), tree.path()});
+  EXPECT_TRUE(awaited(*categories));
+  EXPECT_TRUE(categories->of(caches.path()));
+  EXPECT_EQ(threads->asked, 1);
+}
+
+TEST_F(CategorySizesTest, WithoutAThreadThereAreNoFiguresAndItIsTriedAgain) {
+  threads->refuses = true;
+  const auto categories = make();
+  categories->want({tree.path()});
+  EXPECT_FALSE(categories->of(tree.path()));
+  threads->refuses = false;
+  categories->want({tree.path()});
+  EXPECT_TRUE(awaited(*categories));
+  EXPECT_EQ(threads->asked, 2);
+}
+
+TEST(MailboxTest, TheLatestMessageIsTakenOnce) {
+  Mailbox<int> box;
+  EXPECT_TRUE(box.isEmpty());
+  EXPECT_EQ(box.take(), nullptr);
+  box.put(1);
+  box.put(2);
+  EXPECT_FALSE(box.isEmpty());
+  EXPECT_EQ(*box.take(), 2);
+  EXPECT_EQ(box.take(), nullptr);
+}
+
+}  // namespace
+}  // namespace vantile

@@ -1,0 +1,350 @@
+#include "vantile/platform/linux/usage_pass.h"
+
+#include <fcntl.h>
+
+#include <functional>
+#include <limits>
+
+#include "unit/platform/usage_fixture.h"
+
+namespace vantile {
+namespace {
+
+constexpr auto all = std::numeric_limits<std::size_t>::max() / 2;
+
+struct UsagePassTest : testing::UsageTest {
+  UsagePass pass(bool asksAgain = true) {
+    return UsagePass(index, tree.path(),
+                     {.installed = &installed,
+                      .kinds = &kinds,
+                      .presentSecond = [this] { return second(); },
+                      .asksAgain = asksAgain});
+  }
+  /// One whole pass; what it listed.
+  std::size_t run(bool asksAgain = true) {
+    auto whole = pass(asksAgain);
+    EXPECT_EQ(whole.run(all, never), UsagePass::Came::toTheEnd);
+    return whole.listed();
+  }
+  UsageSums counted() const {
+    auto sums = index.blocks();
+    for (auto& each : sums) each *= 512;
+    return sums;
+  }
+  static std::size_t openDescriptors() {
+    const auto folder = std::filesystem::directory_iterator("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
+  }
+
+  const std::function<bool()> never = [] { return false; };
+  std::function<std::int64_t()> second = muchLater;
+  InstalledFolders installed{{tree.path("usr")}};
+  ContentKinds kinds;
+  UsageIndex index;
+};
+
+TEST_F(UsagePassTest, FilesCountByTheirKindInBytesOnTheDisk) {
+  tree.file("films/a.mkv", contents(100));
+  tree.file("films/notes.txt", contents(100));
+  tree.file("music/deep/b.flac", contents(20));
+  tree.file("c.jpg", contents(3));
+  run();
+  EXPECT_EQ(counted(), sums(0, bytes("films/a.mkv"), bytes("music/deep/b.flac"), bytes("c.jpg")));
+}
+
+TEST_F(UsagePassTest, AHoleTakesNoSpace) {
+  tree.file("a.mkv");
+  std::filesystem::resize_file(tree.path("a.mkv"), 100 << 20);
+  run();
+  EXPECT_EQ(counted(), sums(0, bytes("a.mkv"), 0, 0));
+}
+
+TEST_F(UsagePassTest, WhatIsInstalledIsAnApplicationWhateverItsName) {
+  tree.file("usr/share/a.mkv", contents(10));
+  tree.file("usr/bin/program", contents(20));
+  tree.file("usr-local/b.mkv", contents(30));
+  tree.file("program", contents(40));
+  run();
+  EXPECT_EQ(counted(), sums(bytes("usr/share/a.mkv") + bytes("usr/bin/program"),
+                            bytes("usr-local/b.mkv"), 0, 0));
+}
+
+TEST_F(UsagePassTest, AVolumeMayBeInstalledAsAWhole) {
+  installed = InstalledFolders({tree.path()});
+  tree.file("program", contents(40));
+  run();
+  EXPECT_EQ(counted(), sums(bytes("program"), 0, 0, 0));
+}
+
+TEST_F(UsagePassTest, AFileOfSeveralNamesCountsOnce) {
+  tree.file("a.mkv", contents(100));
+  tree.folder("other");
+  tree.hardLink("a.mkv", "other/b.mkv");
+  tree.hardLink("a.mkv", "c.mkv");
+  run();
+  EXPECT_EQ(counted(), sums(0, bytes("a.mkv"), 0, 0));
+  tree.remove("c.mkv");
+  tree.remove("a.mkv");
+  run();
+  EXPECT_EQ(counted(), sums(0, bytes("other/b.mkv"), 0, 0));
+}
+
+TEST_F(UsagePassTest, LinksAreNotFollowed) {
+  testing::TemporaryFolder elsewhere;
+  elsewhere.file("films/a.mkv", contents(100));
+  tree.symbolicLink("films", elsewhere.path("films"));
+  tree.symbolicLink("b.mkv", elsewhere.path("films/a.mkv"));
+  tree.symbolicLink("around", tree.path());
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, 0));
+}
+
+TEST_F(UsagePassTest, WhatIsNoRegularFileDoesNotCount) {
+  ASSERT_EQ(::mkfifo(tree.path("pipe.mkv").c_str(), 0600), 0);
+  tree.folder("folder.mkv");
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, 0));
+}
+
+TEST_F(UsagePassTest, NamesAreBytes) {
+  tree.file("\xFF\xFE/\xFF.jpg", contents(10));
+  tree.file("a\nb/c\t.jpg", contents(10));
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("\xFF\xFE/\xFF.jpg") + bytes("a\nb/c\t.jpg")));
+}
+
+TEST_F(UsagePassTest, FoldersThatDidNotChangeAreNotListedAgain) {
+  tree.file("a/b/c.jpg", contents(1));
+  tree.file("d/e.jpg", contents(1));
+  EXPECT_EQ(run(), 4u);
+  EXPECT_EQ(run(), 0u);
+}
+
+TEST_F(UsagePassTest, AFileThatGrewIsSeenWithoutAListing) {
+  tree.file("a/b.jpg", contents(1));
+  run();
+  tree.file("a/b.jpg", contents(500));
+  EXPECT_EQ(run(), 0u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg")));
+}
+
+TEST_F(UsagePassTest, AFileThatIsAddedOrRemovedCostsTheListingOfItsFolder) {
+  tree.file("a/b.jpg", contents(1));
+  tree.file("c/d.jpg", contents(10));
+  run();
+  tree.file("a/new.jpg", contents(7));
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg") + bytes("c/d.jpg") + bytes("a/new.jpg")));
+  tree.remove("c/d.jpg");
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg") + bytes("a/new.jpg")));
+}
+
+TEST_F(UsagePassTest, AFolderWhoseTimeWasSetBackIsListed) {
+  tree.file("a/b.jpg", contents(1));
+  const auto before = std::filesystem::last_write_time(tree.path("a"));
+  run();
+  tree.file("a/c.jpg", contents(1));
+  std::filesystem::last_write_time(tree.path("a"), before);
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg") + bytes("a/c.jpg")));
+}
+
+TEST_F(UsagePassTest, AFolderThatWasJustChangedIsListedAgain) {
+  second = presentSecond;
+  tree.file("a.jpg", contents(1));
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(run(), 1u);
+}
+
+TEST_F(UsagePassTest, AClockThatWentBackHarmsNothing) {
+  second = [] { return presentSecond() - 100000; };
+  tree.file("a.jpg", contents(1));
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(run(), 0u);
+  tree.file("b.jpg", contents(1));
+  EXPECT_EQ(run(), 1u);
+}
+
+TEST_F(UsagePassTest, FoldersComeGoAndMoveWithAllBelowThem) {
+  tree.file("a/b/c.jpg", contents(1));
+  tree.file("d/e/f.jpg", contents(10));
+  run();
+  tree.remove("a");
+  std::filesystem::rename(tree.path("d"), tree.path("g"));
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("g/e/f.jpg")));
+  EXPECT_EQ(index.size(), 3u);
+}
+
+TEST_F(UsagePassTest, AFolderThatIsReplacedByALinkIsGone) {
+  testing::TemporaryFolder elsewhere;
+  elsewhere.file("b.jpg", contents(1));
+  tree.file("a/b.jpg", contents(1));
+  run();
+  tree.remove("a");
+  tree.symbolicLink("a", elsewhere.path());
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, 0));
+}
+
+TEST_F(UsagePassTest, APassThatIsTakenUpAsksNoFileAgainThatItHadCounted) {
+  tree.file("a/b.jpg", contents(1));
+  tree.file("c/d.jpg", contents(1));
+  run();
+  auto again = pass(false);
+  EXPECT_EQ(again.run(all, never), UsagePass::Came::toTheEnd);
+  EXPECT_EQ(again.listed(), 0u);
+  EXPECT_EQ(again.asked(), 2u);
+}
+
+TEST_F(UsagePassTest, AStoppedPassGoesOnWhereItWas) {
+  for (int number = 0; number < 20; ++number)
+    tree.file("f" + std::to_string(number) + "/a.jpg", contents(1));
+  auto interrupted = pass();
+  int left = 45;
+  EXPECT_EQ(interrupted.run(all, [&left] { return --left < 0; }), UsagePass::Came::stopped);
+  const auto listed = interrupted.listed();
+  EXPECT_GT(listed, 5u);
+  EXPECT_LT(listed, 20u);
+  EXPECT_EQ(interrupted.run(all, never), UsagePass::Came::toTheEnd);
+  EXPECT_LE(interrupted.listed(), 22u);  // 21, the one that it was in a second time
+  EXPECT_EQ(counted()[3], 20 * bytes("f0/a.jpg"));
+}
+
+TEST_F(UsagePassTest, WhatAStoppedPassHadCountedANewOneDoesNotList) {
+  for (int number = 0; number < 20; ++number)
+    tree.file("f" + std::to_string(number) + "/a.jpg", contents(1));
+  std::size_t listed = 0;
+  {
+    auto interrupted = pass();
+    EXPECT_EQ(interrupted.run(10, never), UsagePass::Came::some);
+    listed = interrupted.listed();
+  }
+  EXPECT_GT(listed, 2u);
+  EXPECT_EQ(listed + run(false), 21u);
+  EXPECT_EQ(counted()[3], 20 * bytes("f0/a.jpg"));
+}
+
+TEST_F(UsagePassTest, StoppedInAFolderItChangesNothingThere) {
+  tree.file("a.jpg", contents(1));
+  tree.file("b.jpg", contents(1));
+  run();
+  const auto before = counted();
+  tree.file("c.jpg", contents(1));
+  int left = 2;
+  EXPECT_EQ(pass().run(all, [&left] { return --left < 0; }), UsagePass::Came::stopped);
+  EXPECT_EQ(counted(), before);
+}
+
+TEST_F(UsagePassTest, AtAnyMomentThatItIsStoppedItComesToTheSame) {
+  tree.file("a/b/c.jpg", contents(1));
+  tree.file("a/d/e.jpg", contents(2));
+  tree.file("usr/f", contents(3));
+  run();
+  const auto expected = counted();
+  for (int moment = 0; moment < 30; ++moment) {
+    index = UsageIndex();
+    auto interrupted = pass();
+    auto left = moment;
+    while (interrupted.run(all, [&left] { return left-- == 0; }) == UsagePass::Came::stopped) {
+    }
+    EXPECT_EQ(counted(), expected) << moment;
+  }
+}
+
+TEST_F(UsagePassTest, BetweenItsPartsItHoldsNoDescriptor) {
+  tree.file("a/b/c/d.jpg", contents(1));
+  const auto before = openDescriptors();
+  auto parts = pass();
+  while (parts.run(1, never) == UsagePass::Came::some) EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(parts.listed(), 4u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b/c/d.jpg")));
+}
+
+TEST_F(UsagePassTest, AFolderThatGoesBetweenTwoPartsEndsNothing) {
+  tree.file("a/b/c/d.jpg", contents(1));
+  tree.file("z/e.jpg", contents(1));
+  auto parts = pass();
+  for (int part = 0; part < 3; ++part) parts.run(1, never);
+  tree.remove("a");
+  while (parts.run(1, never) == UsagePass::Came::some) {
+  }
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("z/e.jpg")));
+}
+
+TEST_F(UsagePassTest, AVolumeThatIsNotThereIsNowhere) {
+  EXPECT_EQ(UsagePass(index, tree.path("missing"), {&installed, &kinds}).run(all, never),
+            UsagePass::Came::nowhere);
+  auto parts = pass();
+  parts.run(1, never);
+  const auto moved = tree.path() + "-moved";
+  std::filesystem::rename(tree.path(), moved);
+  std::filesystem::create_directory(tree.path());
+  EXPECT_EQ(parts.run(all, never), UsagePass::Came::nowhere);
+  std::filesystem::remove_all(moved);
+}
+
+TEST_F(UsagePassTest, AFolderThatIsClosedToUsCountsNothing) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root may open any folder";
+  tree.file("a/b.jpg", contents(1));
+  run();
+  std::filesystem::permissions(tree.path("a"), std::filesystem::perms::none);
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, 0));
+  std::filesystem::permissions(tree.path("a"), std::filesystem::perms::owner_all);
+  run();
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg")));
+}
+
+TEST_F(UsagePassTest, VeryDeepTreesTakeFewDescriptors) {
+  constexpr int depth = 1500;  // far beyond the longest path that the kernel takes
+  int folder = ::open(tree.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  for (int level = 0; level < depth; ++level) {
+    ASSERT_EQ(::mkdirat(folder, "dd", 0700), 0);
+    const int below = ::openat(folder, "dd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ::close(folder);
+    folder = below;
+  }
+  ::close(::openat(folder, "a.jpg", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  ::close(folder);
+  const auto before = openDescriptors();
+  std::size_t most = 0, looks = 0;
+  auto deep = pass();
+  EXPECT_EQ(deep.run(all,
+                     [&] {
+                       if (++looks % 100 == 0) most = std::max(most, openDescriptors());
+                       return false;
+                     }),
+            UsagePass::Came::toTheEnd);
+  EXPECT_EQ(deep.listed(), depth + 1u);
+  EXPECT_LE(most, before + 40);
+  EXPECT_EQ(run(), 0u);
+  auto parts = pass();
+  std::size_t count = 0;
+  while (parts.run(500, never) == UsagePass::Came::some) ++count;
+  EXPECT_EQ(parts.asked(), depth + 1u);
+  EXPECT_GE(count, 5u);
+}
+
+TEST(ShowsChanges, ATimeThatIsSettledDoes) {
+  struct statx status = {};
+  status.stx_mtime.tv_sec = status.stx_ctime.tv_sec = 1700000000;
+  EXPECT_TRUE(showsChanges(status, 1700000003));
+  EXPECT_FALSE(showsChanges(status, 1700000002));
+  EXPECT_TRUE(showsChanges(status, 1600000000));
+  status.stx_mtime.tv_sec = 1;
+  EXPECT_FALSE(showsChanges(status, 1700000002));
+  EXPECT_TRUE(showsChanges(status, 1700000003));
+}
+
+TEST(ShowsChanges, AFolderThatKeepsNoTimeDoesNot) {
+  struct statx status = {};
+  EXPECT_FALSE(showsChanges(status, 1700000000));
+  status.stx_mtime.tv_sec = status.stx_ctime.tv_sec = 315532800;
+  EXPECT_FALSE(showsChanges(status, 1700000000));
+}
+
+}  // namespace
+}  // namespace vantile

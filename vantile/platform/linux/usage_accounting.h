@@ -1,0 +1,89 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "vantile/platform/linux/usage_cache.h"
+#include "vantile/platform/linux/usage_pass.h"
+
+namespace vantile {
+
+/// How much of the machine the accounting takes once it has been through its volumes.
+struct UsagePace {
+  /// Files and folders that are asked in one go, a few milliseconds' work.
+  std::size_t batch = 4096;
+  /// Rest after each, in times of the processor time that it took: 0.02 % of a processor.
+  int restFactor = 5000;
+  std::chrono::nanoseconds leastRest = std::chrono::seconds(10);
+  /// From the beginning of one pass over a volume to the next one's, at least.
+  std::chrono::nanoseconds period = std::chrono::minutes(10);
+  /// From one record of a first pass, which goes on without rest, to the next.
+  std::chrono::nanoseconds checkpoint = std::chrono::minutes(1);
+  /// Files and folders of a first pass between two looks at the clock.
+  std::size_t firstBatch = 65536;
+};
+
+/// Counts volumes, one at a time: those first that were never gone through, then again and again
+/// those that changed least recently. Has no thread and does not wait; whoever has it calls `turn`.
+/// Not synchronised.
+class UsageAccounting {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  struct Means {
+    std::string cacheFolder;
+    std::vector<std::string> installed;  ///< folders that applications are installed in
+    UsagePace pace = {};
+    std::function<Clock::time_point()> now = Clock::now;
+    std::function<std::chrono::nanoseconds()> processorTime = threadProcessorTime;
+    std::function<std::int64_t()> presentSecond = vantile::presentSecond;
+  };
+
+  explicit UsageAccounting(Means means);
+  ~UsageAccounting();
+
+  /// Counts these from now on. What is known of the others is kept, and forgotten here.
+  void want(const std::vector<std::string>& mountPoints);
+
+  /// Takes up what was kept, or does a piece of work. The time until the next turn; nothing where
+  /// there is nothing to do. `isStopped` is asked at every file.
+  std::optional<std::chrono::nanoseconds> turn(const std::function<bool()>& isStopped);
+
+  /// Keeps what is known by now.
+  void keep();
+
+  /// Bytes by kind of each volume that was gone through, by its mount point.
+  std::map<std::string, UsageSums, std::less<>> figures() const;
+
+  /// Folders that were listed so far.
+  std::size_t listed() const { return listed_; }
+
+  /// Processor time of the calling thread.
+  static std::chrono::nanoseconds threadProcessorTime();
+
+ private:
+  struct Volume;
+
+  Volume* nextVolume();
+  bool isTheSame(Volume& volume);
+  void takeUp(Volume& volume);
+  void keep(Volume& volume);
+  std::optional<std::chrono::nanoseconds> go(Volume& volume,
+                                             const std::function<bool()>& isStopped);
+
+  const Means means_;
+  const InstalledFolders installed_;
+  UsageCache cache_;
+  ContentKinds kinds_;
+  std::vector<std::unique_ptr<Volume>> volumes_;
+  std::size_t listed_ = 0;
+};
+
+}  // namespace vantile

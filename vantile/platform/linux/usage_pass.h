@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "vantile/platform/linux/content_kinds.h"
+#include "vantile/platform/linux/file_stamp.h"
+#include "vantile/platform/linux/linux_folder.h"
+#include "vantile/platform/parsers/usage_index.h"
+
+namespace vantile {
+
+/// Whether a change of the folder from now on shows in its times. FAT keeps none of its outermost
+/// folder: 1980, or 1970.
+bool showsChanges(const struct statx& status, std::int64_t now);
+
+/// One way through all folders of a volume, which brings its index up to date. Folders that did not
+/// change are not listed; what was counted in them is asked for its present size. Goes on in parts,
+/// between which it holds no descriptor, so that the volume can be unmounted. However deep the
+/// tree, it takes a bounded number of descriptors and no recursion. Symbolic links are not
+/// followed, other mounts not entered. Not synchronised.
+class UsagePass {
+ public:
+  struct Means {
+    const InstalledFolders* installed = nullptr;
+    ContentKinds* kinds = nullptr;
+    std::function<std::int64_t()> presentSecond = vantile::presentSecond;
+    /// Files in folders that did not change are asked again. Not so where an interrupted pass is
+    /// taken up, which asked them a while ago.
+    bool asksAgain = true;
+  };
+
+  enum class Came : std::uint8_t {
+    toTheEnd,
+    some,     ///< of the way: as far as it was to go
+    stopped,  ///< the folder that it was in is begun anew
+    nowhere   ///< the volume can't be read
+  };
+
+  UsagePass(UsageIndex& index, std::string mountPoint, Means means)
+      : index_(index), mountPoint_(std::move(mountPoint)), means_(std::move(means)) {}
+
+  /// Goes on until about `most` files and folders were asked, ends behind a folder. `isStopped` is
+  /// asked at every entry.
+  Came run(std::size_t most, const std::function<bool()>& isStopped);
+
+  std::size_t listed() const { return listed_; }  ///< folders, so far
+  std::size_t asked() const { return asked_; }    ///< files and folders, so far
+
+ private:
+  using Number = UsageIndex::Number;
+
+  /// A folder on the way down. Its own files were counted, some of its folders are to be entered.
+  struct Level {
+    std::unique_ptr<LinuxFolder> folder;  // null while closed
+    FileIdentity identity;
+    Number number = UsageIndex::none, next = UsageIndex::none;
+    Installed installed = Installed::none;
+  };
+
+  bool open();
+  void letGo();
+  bool begin();
+  bool enter();
+  bool count(Level& level, const struct statx& status);
+  bool list(Level& level, std::uint64_t stamp);
+  bool ask(Level& level);
+  void add(const Level& level, const char* name, UsageKind kind, FolderContents& contents);
+  void push(Level level);
+  void pop();
+  bool isHere(const struct statx& status) const;
+  Installed installedAt(const Level& around, const std::string& name) const;
+  std::optional<UsageKind> kindOf(const Level& level, std::string_view name) const;
+
+  UsageIndex& index_;
+  const std::string mountPoint_;
+  const Means means_;
+  const std::function<bool()>* isStopped_ = nullptr;
+  std::uint64_t device_ = 0, mount_ = 0;
+  bool begun_ = false;
+  std::vector<Level> levels_;
+  FolderBatch batch_;
+  std::size_t listed_ = 0, asked_ = 0;
+};
+
+}  // namespace vantile
