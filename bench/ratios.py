@@ -28,6 +28,7 @@ COMPARISONS = [
     ("get_folder_size", "du -s -b", 1.0),
     ("get_folder_size", "nftw, sizes", None),
     ("get_folder_size", "fts, sizes", None),
+    ("first accounting", "du -s", 1.0),
 ]
 # Name, what it stands on, what each unit of a count may add in ns of the processor, and the count
 # that the benchmark of the other tells.

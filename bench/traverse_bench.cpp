@@ -9,18 +9,23 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "vantile/platform/category_sizes.h"
 #include "vantile/utility/folder_functions.h"
 
 // Walks over a warm tree of 200,000 files in 2,220 folders: the library's traversals beside find
-// and du, which have to start a process first, and beside nftw and fts, which need not.
+// and du, which have to start a process first, and beside nftw and fts, which need not. And the
+// first pass of the accounting of space by kinds of files, beside du, on such a tree of which every
+// other file is a photo; du has to ask every file, the accounting those that count.
 
 namespace {
 
@@ -29,7 +34,7 @@ constexpr int filesInAFolder = 100;
 /// A tree in a temporary folder, three levels deep; gone at the end.
 class Tree {
  public:
-  Tree() {
+  explicit Tree(const char* other) : other_(other) {
     std::string pattern =
         (std::filesystem::temp_directory_path() / "vantile-bench-XXXXXX").string();
     if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
@@ -53,16 +58,19 @@ class Tree {
   const char* path() const { return root_.c_str(); }
 
  private:
-  static void makeFile(const std::filesystem::path& folder, int number) {
-    std::ofstream file(folder / ("document " + std::to_string(number) + ".txt"));
+  void makeFile(const std::filesystem::path& folder, int number) const {
+    std::ofstream file(folder /
+                       ("document " + std::to_string(number) + (number % 2 ? ".txt" : other_)));
     if (number % 10 == 0) file << std::string(1000, 'x');
     if (!file.flush()) throw std::runtime_error("the tree can't be made");
   }
 
+  const char* const other_;  // extension of every other file
   std::filesystem::path root_;
 };
 
 const char* treePath = nullptr;
+const char* photosPath = nullptr;
 std::uint64_t counted = 0;
 
 /// Processor time of the process and of its children that have ended, in seconds.
@@ -143,6 +151,24 @@ void findAll(benchmark::State& state) {
 void du(benchmark::State& state) {
   program(state, {"du", "-s", "-b", tree});
 }
+void duOfPhotos(benchmark::State& state) {
+  program(state, {"du", "-s", photosPath});
+}
+
+/// From nothing kept to figures that are there and kept.
+void firstAccounting(benchmark::State& state) {
+  const ProcessorTime processor(state);
+  const std::string mountPoint = photosPath;
+  for (auto _ : state) {
+    std::filesystem::remove_all(std::filesystem::path(::getenv("XDG_CACHE_HOME")) / "vantile");
+    const auto categories = vantile::makeVolumeCategories();
+    categories->want({mountPoint});
+    auto found = categories->of(mountPoint);
+    for (; !found; found = categories->of(mountPoint))
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    if (found->sizes->at(12).uint64() == 0) state.SkipWithError("no photos were counted");
+  }
+}
 
 /// With every entry's path and kind; looks at no file where the listing tells the kind.
 void ftsNames(benchmark::State& state) {
@@ -188,8 +214,11 @@ void nftwSizes(benchmark::State& state) {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-  const Tree made;
+  const Tree made(".txt"), photos(".jpg");
   treePath = made.path();
+  photosPath = photos.path();
+  const auto caches = std::string(photosPath) + "-caches";
+  ::setenv("XDG_CACHE_HOME", caches.c_str(), 1);
   const auto add = [](const char* name, void (*run)(benchmark::State&)) {
     benchmark::RegisterBenchmark(name, run)->UseRealTime()->Unit(benchmark::kMillisecond);
   };
@@ -202,5 +231,8 @@ int main(int argc, char** argv) {
   add("du -s -b", du);
   add("fts, sizes", ftsSizes);
   add("nftw, sizes", nftwSizes);
+  add("first accounting", firstAccounting);
+  add("du -s", duOfPhotos);
   benchmark::RunSpecifiedBenchmarks();
+  std::filesystem::remove_all(caches);
 }

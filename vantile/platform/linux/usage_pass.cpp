@@ -192,14 +192,15 @@ bool UsagePass::ask(Level& level) {
 void UsagePass::add(const Level& level, const char* name, UsageKind kind,
                     FolderContents& contents) {
   ++asked_;
-  const auto status = statusOf(level.folder->descriptor(), name, AT_SYMLINK_NOFOLLOW,
-                               STATX_TYPE | STATX_NLINK | STATX_INO | STATX_BLOCKS);
-  if (!status || !S_ISREG(status->stx_mode)) return;
+  struct stat status;  // of every file that counts: the smallest record that the kernel gives
+  if (::fstatat(level.folder->descriptor(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (!S_ISREG(status.st_mode)) return;
+  const auto blocks = static_cast<std::uint64_t>(status.st_blocks);
   contents.files.append(name).push_back('\0');
-  if (status->stx_nlink > 1) {
-    contents.linked.push_back({status->stx_ino, status->stx_blocks, kind});
+  if (status.st_nlink > 1) {
+    contents.linked.push_back({status.st_ino, blocks, kind});
   } else {
-    contents.blocks[static_cast<std::size_t>(kind)] += status->stx_blocks;
+    contents.blocks[static_cast<std::size_t>(kind)] += blocks;
   }
 }
 

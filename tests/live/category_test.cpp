@@ -1,0 +1,237 @@
+// The accounting of space by kinds of files, against find(1) and the MIME type of each whole name.
+
+#include <fcntl.h>
+#include <gio/gio.h>
+#include <gtest/gtest.h>
+#include <linux/ioprio.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "vantile/platform/linux/category_sizes.h"
+
+#include "live/command.h"
+#include "live/real_disk.h"
+#include "live/sanitized.h"
+
+namespace vantile {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::buildFolder;
+using testing::quoted;
+using testing::run;
+using testing::TemporaryFolder;
+
+const std::function<bool()> never = [] { return false; };
+
+/// What the MIME database makes of a whole name.
+std::optional<UsageKind> kindOfWholeName(const std::string& name) {
+  if (isAppImage(name)) return UsageKind::applications;
+  char* const type = g_content_type_guess(name.c_str(), nullptr, 0, nullptr);
+  const auto kind = kindOfType(type);
+  g_free(type);
+  return kind;
+}
+
+/// Bytes on the disk by kind, each inode once, of the files that find sees.
+UsageSums countedByFind(const std::string& folder, bool allInstalled = false) {
+  std::istringstream names(
+      run("find " + quoted(folder) + " -xdev -type f -printf '%i %b %f\\0' 2>/dev/null").text);
+  std::map<std::uint64_t, std::pair<std::uint64_t, UsageKind>> files;
+  std::uint64_t inode = 0, blocks = 0;
+  std::string name;
+  while (names >> inode >> blocks && names.get() && std::getline(names, name, '\0')) {
+    const auto kind = allInstalled ? UsageKind::applications : kindOfWholeName(name);
+    if (!kind) continue;
+    auto& known = files.try_emplace(inode, blocks, *kind).first->second;
+    known.second = std::min(known.second, *kind);
+  }
+  UsageSums sums = {};
+  for (const auto& [number, file] : files)
+    sums[static_cast<std::size_t>(file.second)] += file.first * 512;
+  return sums;
+}
+
+std::size_t residentKib(const char* which) {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  std::size_t size = 0;
+  while (status >> word)
+    if (word == which) status >> size;
+  return size;
+}
+
+struct LiveCategories : ::testing::Test {
+  UsageAccounting::Means means(std::vector<std::string> installed = {}) const {
+    UsageAccounting::Means made;
+    made.cacheFolder = caches.path("vantile");
+    made.installed = std::move(installed);
+    made.pace.leastRest = 1ms;
+    made.pace.period = 1ms;
+    made.pace.restFactor = 0;
+    return made;
+  }
+  /// Counts the volume once.
+  UsageSums counted(const std::string& mountPoint, std::vector<std::string> installed = {}) {
+    UsageAccounting accounting(means(std::move(installed)));
+    accounting.want({mountPoint});
+    while (accounting.figures().empty()) accounting.turn(never);
+    return accounting.figures().at(mountPoint);
+  }
+  /// One further pass over the one volume; folders that it listed.
+  std::size_t refreshed(UsageAccounting& accounting) {
+    std::this_thread::sleep_for(2ms);
+    const auto before = accounting.listed();
+    for (auto rest = accounting.turn(never); rest == 0ns; rest = accounting.turn(never)) {
+    }
+    return accounting.listed() - before;
+  }
+  void write(const std::string& name, std::size_t bytes) const {
+    tree.file(name, std::string(bytes, 'x'));
+  }
+
+  const TemporaryFolder tree{buildFolder()}, caches{buildFolder()};
+};
+
+TEST_F(LiveCategories, APreparedTreeIsCountedExactly) {
+  const char* const endings[] = {
+      "mp4",  "MKV",  "avi",  "webm",     "mov",    "mp3",    "flac",   "ogg",     "oga",
+      "ogv",  "m4a",  "wav",  "opus",     "JPG",    "jpeg",   "png",    "svg",     "gif",
+      "heic", "cr2",  "txt",  "pdf",      "tar.gz", "eps.gz", "zip",    "c",       "C",
+      "ts",   "jpg~", "svgz", "AppImage", "psd",    "mid",    "vdr.gz", "jpg.part"};
+  std::size_t number = 0;
+  for (const auto* const ending : endings)
+    for (const std::size_t size : {0u, 1u, 5000u, 70000u}) {
+      ++number;
+      write("group " + std::to_string(number % 7) + "/\xFF" + std::to_string(number) + "." + ending,
+            size);
+      write(std::to_string(number) + "." + ending, size);
+    }
+  for (const auto* const name : {"README", "001.vdr", "1.vdr", "a", ".jpg", "x.", "makefile.png"})
+    write(std::string("odd/") + name, 3000);
+  tree.hardLink("1.mp4", "odd/linked.mp4");
+  tree.hardLink("1.mp4", "odd/linked.mp3");
+  const auto expected = countedByFind(tree.path());
+  for (const auto sum : expected) EXPECT_GT(sum, 0u);
+  EXPECT_EQ(counted(tree.path()), expected);
+}
+
+TEST_F(LiveCategories, TheMachinesOwnFilesAreCountedExactly) {
+  EXPECT_EQ(counted("/usr/share"), countedByFind("/usr/share"));
+  EXPECT_EQ(counted("/usr/lib", {"/usr"}), countedByFind("/usr/lib", true));
+}
+
+TEST_F(LiveCategories, AnInterruptedPassIsTakenUpAndComesToTheSame) {
+  std::size_t listed = 0;
+  for (int round = 1; round <= 3; ++round) {
+    UsageAccounting accounting(means());
+    accounting.want({"/usr/share"});
+    int left = round * 4000;
+    while (left > 0 && accounting.figures().empty())
+      accounting.turn([&left] { return --left < 0; });
+    listed += accounting.listed();
+    EXPECT_TRUE(accounting.figures().empty());
+    accounting.keep();
+  }
+  UsageAccounting accounting(means());
+  accounting.want({"/usr/share"});
+  while (accounting.figures().empty()) accounting.turn(never);
+  EXPECT_EQ(accounting.figures().at("/usr/share"), countedByFind("/usr/share"));
+  const auto folders = std::stoul(run("find /usr/share -xdev -type d | wc -l").text);
+  EXPECT_GE(listed, 100u);
+  EXPECT_LE(accounting.listed() + listed, folders + 3);  // those that it was in
+}
+
+TEST_F(LiveCategories, GrowthAdditionAndRemovalAreFoundByListingChangedFoldersAlone) {
+  for (int folder = 0; folder < 50; ++folder)
+    for (int file = 0; file < 20; ++file)
+      write("f" + std::to_string(folder) + "/" + std::to_string(file) + ".jpg", 1000);
+  std::this_thread::sleep_for(4s);  // until no change can have the same time any more
+  UsageAccounting accounting(means());
+  accounting.want({tree.path()});
+  while (accounting.figures().empty()) accounting.turn(never);
+  EXPECT_EQ(accounting.listed(), 51u);
+  EXPECT_EQ(refreshed(accounting), 0u);
+  std::ofstream(tree.path("f3/7.jpg"), std::ios::app) << std::string(100000, 'x') << std::flush;
+  EXPECT_EQ(refreshed(accounting), 0u);
+  EXPECT_EQ(accounting.figures().at(tree.path()), countedByFind(tree.path()));
+  write("f4/new.mkv", 50000);
+  tree.remove("f5/3.jpg");
+  EXPECT_EQ(refreshed(accounting), 2u);
+  EXPECT_EQ(accounting.figures().at(tree.path()), countedByFind(tree.path()));
+}
+
+TEST_F(LiveCategories, OtherMountsAreNotEntered) {
+  write("films/a.mkv", 100000);
+  tree.folder("bound");
+  tree.folder("other");
+  if (::mount("none", tree.path("other").c_str(), "tmpfs", 0, nullptr) != 0)
+    GTEST_SKIP() << "nothing can be mounted here, which takes root";
+  write("other/b.mkv", 100000);
+  EXPECT_EQ(
+      ::mount(tree.path("films").c_str(), tree.path("bound").c_str(), nullptr, MS_BIND, nullptr),
+      0);
+  const auto found = counted(tree.path());
+  ::umount2(tree.path("bound").c_str(), MNT_DETACH);
+  ::umount2(tree.path("other").c_str(), MNT_DETACH);
+  EXPECT_GT(found[1], 0u);
+  EXPECT_EQ(found, countedByFind(tree.path("films")));
+}
+
+TEST_F(LiveCategories, AMillionFilesTakeLessThan64MiB) {
+  if (testing::sanitized) GTEST_SKIP() << "a sanitizer's memory is not the library's";
+  // A twentieth of both, since making the files takes long: 50,000 photos within 3.2 MiB.
+  for (int number = 0; number < 50; ++number) {
+    const auto folder = ::open(tree.folder("Holiday " + std::to_string(number)).c_str(),
+                               O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int file = 0; file < 1000; ++file) {
+      const auto name = "IMG_20240819_" + std::to_string(100000 + file) + ".jpg";
+      ::close(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    }
+    ::close(folder);
+  }
+  kindOfWholeName("a.jpg");  // the database is the process's
+  for (const bool isTakenUp : {false, true}) {
+    std::ofstream("/proc/self/clear_refs") << "5" << std::flush;  // the peak begins anew
+    const auto before = residentKib("VmRSS:");
+    UsageAccounting accounting(means());
+    accounting.want({tree.path()});
+    while (accounting.figures().empty()) accounting.turn(never);
+    EXPECT_EQ(accounting.listed(), isTakenUp ? 0u : 51u);
+    EXPECT_LE(residentKib("VmHWM:") - before, 3276u);
+    RecordProperty(isTakenUp ? "taken_up_kib" : "counted_kib",
+                   static_cast<int>(residentKib("VmHWM:") - before));
+  }
+}
+
+TEST_F(LiveCategories, TheThreadTakesWhatNobodyElseWants) {
+  LinuxVolumeCategories categories({.accounting = [this] { return means(); }});
+  write("a.jpg", 1000);
+  categories.want({tree.path()});
+  while (!categories.of(tree.path())) std::this_thread::sleep_for(1ms);
+  int found = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(task.path() / "comm"), name);
+    if (name != "vantile-usage") continue;
+    ++found;
+    const auto number = std::stoi(task.path().filename());
+    EXPECT_EQ(::sched_getscheduler(number), SCHED_IDLE);
+    EXPECT_EQ(IOPRIO_PRIO_CLASS(::syscall(SYS_ioprio_get, IOPRIO_WHO_PROCESS, number)),
+              IOPRIO_CLASS_IDLE);
+  }
+  EXPECT_EQ(found, 1);
+}
+
+}  // namespace
+}  // namespace vantile
