@@ -255,6 +255,10 @@ TEST_F(UsageAccountingTest, AnotherVolumeInItsPlaceIsCountedAsSuch) {
   later(pace.period);
   work();
   EXPECT_EQ(of(first), sums(0, 0, bytes("first/b.flac"), 0));
+  restart();
+  accounting->want({first});
+  turn();
+  EXPECT_EQ(of(first), sums(0, 0, bytes("first/b.flac"), 0));  // kept as that volume's
 }
 
 TEST_F(UsageAccountingTest, AStopEndsTheWorkAtOnceAndLosesNothing) {

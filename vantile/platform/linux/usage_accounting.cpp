@@ -79,14 +79,14 @@ std::optional<std::chrono::nanoseconds> UsageAccounting::turn(
   return go(*volume, isStopped);
 }
 
-/// A first pass goes before further ones, and what is under way before what is to be begun; else it
-/// is the one that is due first.
+/// First passes go before further ones, in the order of the list; of these the one under way, else
+/// the one that is due first.
 UsageAccounting::Volume* UsageAccounting::nextVolume() {
   const auto rank = [this](const Volume& volume) {
     const bool isBegun = volume.pass != nullptr;
     if (!volume.record.complete && (isBegun || volume.due <= means_.now()))
-      return std::pair(isBegun ? 0 : 1, Clock::time_point::min());
-    return std::pair(isBegun ? 2 : 3, volume.due);
+      return std::pair(0, Clock::time_point::min());
+    return std::pair(isBegun ? 1 : 2, volume.due);
   };
   Volume* next = nullptr;
   for (const auto& volume : volumes_)
