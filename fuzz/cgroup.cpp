@@ -6,9 +6,17 @@ namespace vantile::fuzz {
 namespace {
 
 const std::vector<Mount> mounts = {
-    {"/", "/", "ext4", "/dev/vda", "rw"},
-    {"/", "/sys/fs/cgroup/memory", "cgroup", "cgroup", "rw,memory"},
-    {"/inner/part", "/sys/fs/cgroup/unified", "cgroup2", "cgroup2", "rw"},
+    {.root = "/", .mountPoint = "/", .type = "ext4", .source = "/dev/vda", .options = "rw"},
+    {.root = "/",
+     .mountPoint = "/sys/fs/cgroup/memory",
+     .type = "cgroup",
+     .source = "cgroup",
+     .options = "rw,memory"},
+    {.root = "/inner/part",
+     .mountPoint = "/sys/fs/cgroup/unified",
+     .type = "cgroup2",
+     .source = "cgroup2",
+     .options = "rw"},
 };
 
 void checkGroup(const MemoryGroup& group) {
