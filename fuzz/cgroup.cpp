@@ -6,17 +6,17 @@ namespace vantile::fuzz {
 namespace {
 
 const std::vector<Mount> mounts = {
-    {.root = "/", .mountPoint = "/", .type = "ext4", .source = "/dev/vda", .options = "rw"},
+    {.root = "/", .mountPoint = "/", .type = "ext4", .source = "/dev/vda", .superOptions = "rw"},
     {.root = "/",
      .mountPoint = "/sys/fs/cgroup/memory",
      .type = "cgroup",
      .source = "cgroup",
-     .options = "rw,memory"},
+     .superOptions = "rw,memory"},
     {.root = "/inner/part",
      .mountPoint = "/sys/fs/cgroup/unified",
      .type = "cgroup2",
      .source = "cgroup2",
-     .options = "rw"},
+     .superOptions = "rw"},
 };
 
 void checkGroup(const MemoryGroup& group) {

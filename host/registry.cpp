@@ -7,6 +7,7 @@
 #include "cpu_monitor.h"
 #include "disk_monitor.h"
 #include "memory_monitor.h"
+#include "network_monitor.h"
 #include "process_monitor.h"
 #include "watchers.h"
 
@@ -28,6 +29,7 @@ const std::vector<MonitorEntry>& monitors() {
       {"memory", "updateMemoryStatusWithVMStatusWithSwapDict", startMemory},
       {"cpu", "cpuUsedWithSystemWithUserWithIdle", startCpu},
       {"process", "updateProcessStaus", startProcess},
+      {"network", "networkStatus", startNetwork},
       {"disk", "diskDetails", startDisk},
       {"battery", "", startBattery},
       {"downloads", "", startDownloads},
@@ -41,6 +43,7 @@ const std::vector<DashboardPart>& dashboardParts() {
   static const std::vector<DashboardPart> all{
       {{"cpu"}, cpuPanes},
       {{"memory"}, memoryPanes},
+      {{"network"}, networkPanes},
       {{"disk"}, diskPanes},
       {{"battery"}, batteryPanes},
       {{"process"}, processPanes},

@@ -91,7 +91,7 @@ mv "$WORK/a.desktop" "$XDG_DATA_HOME/Trash/files/"
 appears "application in the Trash  a.desktop" || fail "an application in the Trash is not told"
 appears "47 B in the Trash" || fail "the Trash's growth is not followed"
 
-if ! screen | grep -qF "no application is running"; then
+if ! screen | grep -qF "no application of the desktop is running"; then
   typed s
   appears " by memory" || fail "s does not sort"
 fi

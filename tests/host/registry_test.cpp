@@ -12,7 +12,7 @@ namespace {
 using Names = std::vector<std::string>;
 
 TEST(HostRegistry, WatchersAreApartFromWhatSamples) {
-  EXPECT_EQ(sampledNames(), (Names{"memory", "cpu", "process", "disk", "battery"}));
+  EXPECT_EQ(sampledNames(), (Names{"memory", "cpu", "process", "network", "disk", "battery"}));
   EXPECT_EQ(watcherNames(), (Names{"downloads", "applications", "trash"}));
 }
 

@@ -13,7 +13,7 @@ refuses() {
     [ "$(cat "$WORK/err")" = "vantile-host: $expected" ]
 }
 
-refuses "unknown monitor 'memroy' (known: memory, cpu, process, disk, battery, downloads, applications, trash)" \
+refuses "unknown monitor 'memroy' (known: memory, cpu, process, network, disk, battery, downloads, applications, trash)" \
   stream --monitors memroy
 refuses "unknown watcher 'trsh' (known: downloads, applications, trash)" watch downloads trsh
 refuses "unknown option '--interval' (see vantile-host watch --help)" watch --interval 1

@@ -24,7 +24,7 @@ struct Mount {
   std::string superOptions;  ///< of the file system, separated by commas
   std::uint64_t id = 0;
   std::uint64_t parent = 0;  ///< the mount that its mount point is in
-  DeviceNumber device;       ///< of the file system, however often it is mounted
+  DeviceNumber device = {};  ///< of the file system, however often it is mounted
 };
 
 /// The mounts in the kernel's order. Lines that can't be read are left out.

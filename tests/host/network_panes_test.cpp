@@ -1,0 +1,155 @@
+#include "dashboard/network_panes.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "drawn.h"
+
+namespace vantile::host {
+namespace {
+
+class HostNetworkPanes : public testing::Test {
+ protected:
+  /// A service with an address, without a link so far.
+  std::shared_ptr<Dictionary> service(const std::string& name, const std::string& device) {
+    auto made = std::make_shared<Dictionary>();
+    made->set("user_defind_name", name);
+    made->set("device_name", device);
+    made->set("ipv4_addresses", std::make_shared<Array>(Array{"192.0.2.7"}));
+    made->set("is_active_interface", false);
+    services->push_back(made);
+    return made;
+  }
+  static void moves(Dictionary& of, std::uint64_t in, std::uint64_t out, double seconds) {
+    auto moved = std::make_shared<Dictionary>();
+    moved->set("downlink_speed", in);
+    moved->set("uplink_speed", out);
+    moved->set("peak_speek", 4096.0);
+    of.set("throughput_details", moved);
+    of.set("sampling_interval", seconds);
+    of.set("is_active_interface", true);
+  }
+  void take() { figures->take({"network", "networkStatus", {Value(services)}}); }
+  std::vector<std::string> rows(const Pane& pane, Size size) const {
+    auto rows = drawn(pane, size);
+    for (auto& row : rows) row.resize(row.find_last_not_of(' ') + 1);
+    return rows;
+  }
+
+  std::shared_ptr<Array> services = std::make_shared<Array>();
+  std::shared_ptr<NetworkFigures> figures = std::make_shared<NetworkFigures>();
+  ServicesPane list{figures};
+  ThroughputPane graph{figures};
+};
+
+TEST_F(HostNetworkPanes, WaitForTheFirstSample) {
+  EXPECT_TRUE(contains(drawn(list, {60, 4}), "waiting"));
+  EXPECT_TRUE(contains(drawn(graph, {60, 4}), "waiting"));
+  EXPECT_EQ(list.note() + graph.note(), "");
+}
+
+TEST_F(HostNetworkPanes, SayWhereThereIsNoService) {
+  take();
+  EXPECT_EQ(rows(list, {60, 1})[0], "no network service");
+  EXPECT_EQ(list.rows().wanted, 1);
+  EXPECT_EQ(graph.note(), "");
+}
+
+TEST_F(HostNetworkPanes, AServiceIsTwoLines) {
+  auto home = service("Home", "eth0");
+  moves(*home, 4096, 2048, 2);
+  home->set("link_speed", std::uint64_t{1'000'000'000});
+  home->set("ipv4_router", "192.0.2.1");
+  home->set("ipv4_dns", std::make_shared<Array>(Array{"192.0.2.2", "192.0.2.3"}));
+  service("Tunnel", "tun0");
+  take();
+  const auto drawnRows = rows(list, {80, 4});
+  EXPECT_EQ(drawnRows[0],
+            "■ Home                     192.0.2.7                   ↓ 2.00 KiB/s ↑ 1.00 KiB/s");
+  EXPECT_EQ(drawnRows[1], "  eth0   1 Gbit/s   router 192.0.2.1   DNS 192.0.2.2 +1");
+  EXPECT_EQ(drawnRows[2], "· Tunnel                   192.0.2.7");
+  EXPECT_EQ(drawnRows[3], "  tun0");
+  EXPECT_EQ(list.note(), "1 of 2 active");
+  EXPECT_EQ(list.rows().wanted, 4);
+}
+
+TEST_F(HostNetworkPanes, WithFewerRowsOnlyTheFirstHasItsSecond) {
+  service("Home", "eth0");
+  service("Tunnel", "tun0");
+  take();
+  EXPECT_TRUE(contains({rows(list, {40, 3})[1]}, "eth0"));
+  EXPECT_TRUE(contains({rows(list, {40, 3})[2]}, "Tunnel"));
+}
+
+TEST_F(HostNetworkPanes, APppServiceIsKnownByItsPppInterface) {
+  service("Modem", "modem")->set("device_ppp_name", "ppp0");
+  take();
+  EXPECT_TRUE(contains(rows(list, {40, 2}), "ppp0"));
+}
+
+TEST_F(HostNetworkPanes, WithoutAVersion4AddressTheOtherIsShown) {
+  auto home = service("Home", "eth0");
+  home->set("ipv4_addresses", std::make_shared<Array>());
+  home->set("ipv6_addresses", std::make_shared<Array>(Array{"2001:db8::7"}));
+  take();
+  EXPECT_TRUE(contains(rows(list, {60, 1}), "2001:db8::7"));
+  home->remove("ipv6_addresses");
+  take();
+  EXPECT_TRUE(contains(rows(list, {60, 1}), "no address"));
+}
+
+TEST_F(HostNetworkPanes, TheGraphIsOfThePrimaryServiceElseOfTheFirstActiveOne) {
+  moves(*service("Tunnel", "tun0"), 10, 10, 1);
+  auto home = service("Home", "eth0");
+  moves(*home, 2048, 1024, 1);
+  take();
+  EXPECT_TRUE(graph.note().starts_with("tun0 "));
+  home->set("is_primary", true);
+  take();
+  EXPECT_EQ(graph.note(), "eth0 ↓ 2.00 KiB/s ↑ 1.00 KiB/s, peak 4.00 KiB/s");
+  EXPECT_EQ(figures->received.ago(0), 2048);
+  EXPECT_EQ(figures->sent.ago(0), 1024);
+  EXPECT_EQ(figures->received.ago(1), 10);
+}
+
+TEST_F(HostNetworkPanes, WithoutAMeasureTheRateIsNotKnownAndTheGraphAtRest) {
+  auto home = service("Home", "eth0");
+  moves(*home, 2048, 1024, 0);
+  home->set("is_primary", true);
+  take();
+  EXPECT_EQ(graph.note(), "eth0, peak 4.00 KiB/s");
+  EXPECT_EQ(figures->received.ago(0), 0);
+}
+
+TEST_F(HostNetworkPanes, BothDirectionsHaveAGraphWithItsTop) {
+  auto home = service("Home", "eth0");
+  home->set("is_primary", true);
+  moves(*home, 3000, 500, 1);
+  take();
+  const auto drawnRows = rows(graph, {40, 4});
+  EXPECT_TRUE(contains({drawnRows[1]}, "received"));
+  EXPECT_TRUE(contains({drawnRows[3]}, "sent"));
+  EXPECT_TRUE(contains({drawnRows[0]}, "/s"));
+}
+
+TEST_F(HostNetworkPanes, OtherReportsAndWhatIsNoServiceAreIgnored) {
+  figures->take({"network", "elsewhere", {Value(services)}});
+  figures->take({"network", "networkStatus", {std::nullopt}});
+  EXPECT_FALSE(figures->known());
+  services->emplace_back("text");
+  take();
+  EXPECT_TRUE(figures->known());
+  EXPECT_TRUE(figures->rows().empty());
+}
+
+TEST_F(HostNetworkPanes, NamesAreSafeToPrint) {
+  service("a\x1b\xff", "eth0");
+  take();
+  EXPECT_TRUE(contains(rows(list, {60, 1}), "a\uFFFD\uFFFD"));
+}
+
+}  // namespace
+}  // namespace vantile::host
