@@ -4,6 +4,8 @@
 HOST=$1
 WORK=$(mktemp -d)
 trap 'rm -rf "$WORK"' EXIT
+# What is counted of volumes is not kept for the user.
+export XDG_CACHE_HOME="$WORK/caches"
 
 fail() {
   echo "FAILED: $*" >&2

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <string_view>
 
 #ifdef __linux__
+#include "fakes/temporary_folder.h"
 #include "live/application_helper.h"
 #include "live/battery_helper.h"
 #include "live/cleaner_helper.h"
@@ -25,5 +27,9 @@ int main(int count, char** arguments) {
     return runLabelHelper(arguments[2], arguments[3]);
 #endif
   ::testing::InitGoogleTest(&count, arguments);
+#ifdef __linux__
+  const TemporaryFolder caches;  // what is counted of volumes is not kept for the user
+  ::setenv("XDG_CACHE_HOME", caches.path().c_str(), 1);
+#endif
   return RUN_ALL_TESTS();
 }
