@@ -39,8 +39,8 @@ low: remaining 1:00 left 20%
 lower: remaining 0:45 left 15%
 750 mAh, -10.00 W, 30.1 degrees, 213 cycles, Good
 plugged: charging calculating
-charging: charging remaining 1:17
-half: charging remaining 1:14 left 51%
+charging: charging remaining 1:16
+half: charging remaining 1:13 left 51%
 2550 mAh, 19.99 W, 30.1 degrees, 213 cycles, Good
 full: battery charged charged
 still full: battery charged

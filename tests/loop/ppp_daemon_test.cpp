@@ -220,8 +220,7 @@ TEST_F(ScriptedDaemon, WritingToAClosedConnectionRaisesNoSignal) {
 TEST_F(ScriptedDaemon, APayloadOfFourGibibytesTakesNoMemory) {
   auto& controller = serves({[](const Peer& peer) {
     peer.request();
-    peer.send(pppHeader(0, 0, 0xFFFFFFFF, 0xFFFFFFFF));
-    peer.send(std::string(1000, 'x'));
+    peer.send(pppHeader(0, 0, 0xFFFFFFFF, 0xFFFFFFFF) + std::string(1000, 'x'));
     peer.awaitClosing();
   }});
   const auto waited = timeOf([&] { EXPECT_EQ(controller.queryPPPconfdLinkCount(), 0u); });

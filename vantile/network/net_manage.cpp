@@ -67,10 +67,15 @@ void NetManage::clearHistory() {
   serviceSpeed.clear();
   underlyingInterface.clear();
   interfaceUp.clear();
+  ethernet_.clear();
 }
 
-bool NetManage::isEthernet(TextArgument name) const {
-  return name && isEthernetName(*ports_->facts, *name);
+/// Kept, since the system may have to be asked.
+bool NetManage::isEthernet(TextArgument name) {
+  if (!name) return false;
+  const auto known = ethernet_.find(*name);
+  if (known != ethernet_.end()) return known->second;
+  return ethernet_.emplace(*name, isEthernetName(*ports_->facts, *name)).first->second;
 }
 
 std::shared_ptr<const Dictionary> NetManage::sysconfigValueForKey(std::string_view key) {
@@ -129,22 +134,18 @@ NetManage::Text NetManage::queryInterfaceNameWithServiceID(TextArgument serviceI
   return name;
 }
 
-/// Does not move the primary service to the front. An interface of no service is asked for at every
-/// tick, so that this answer is kept, too.
+/// Does not move the primary service to the front.
 NetManage::Text NetManage::queryServiceWithInterfaceName(TextArgument name) {
   if (!name) return std::nullopt;
   if (const auto hit = nameToService.find(*name); hit != nameToService.end()) return hit->second;
   const auto order = serviceOrder();
   if (!order) return std::nullopt;
-  Text found;
   for (const Value& each : *order) {
     const auto* const serviceID = each.as<std::string>();
-    if (!serviceID || !hasInterface(*serviceID, *name)) continue;
-    found = *serviceID;
-    break;
+    if (serviceID && hasInterface(*serviceID, *name))
+      return nameToService.emplace(*name, *serviceID).first->second;
   }
-  nameToService.emplace(*name, found);
-  return found;
+  return std::nullopt;
 }
 
 bool NetManage::hasInterface(const std::string& serviceID, std::string_view name) {

@@ -83,7 +83,7 @@ class VANTILE_API NetManage final {
 
   explicit NetManage(NetworkPorts ports);
   bool begin(const std::weak_ptr<NetManage>& self);
-  bool isEthernet(TextArgument name) const;
+  bool isEthernet(TextArgument name);
   Text mainValue(Text& cached, std::string_view key);
   std::shared_ptr<Array> serviceOrder();
   void askPppAgain();
@@ -105,10 +105,11 @@ class VANTILE_API NetManage final {
   std::shared_ptr<Array> interfaceDetails;
   Text primaryName, primaryService;
   Cache<std::string> serviceToName;
-  Cache<Text> nameToService;  // nothing: no service has it
+  Cache<std::string> nameToService;
   Cache<std::uint64_t> serviceSpeed;
   Cache<std::string> underlyingInterface;
   Cache<bool> interfaceUp;
+  Cache<bool> ethernet_;                       // by name: the platform counts it as Ethernet
   std::shared_ptr<const Dictionary> lastData;  // the sample before
   std::unique_ptr<InterfaceCounters> counters_;
   std::unique_ptr<InterfaceReadings> readings_;  // their storage

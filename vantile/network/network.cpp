@@ -95,7 +95,7 @@ double Network::sinceLastSample() const {
 void Network::addThroughput(Dictionary& entry, std::size_t& place) const {
   const auto* const device = entry.text(keys::device_name);
   const auto* const link = entry.text(keys::device_ppp_name);
-  const bool overEthernet = device && isEthernetName(*ports_->facts, *device);
+  const bool overEthernet = link && device && isEthernetName(*ports_->facts, *device);
   const auto* const name = link && !overEthernet ? link : device;
   const auto& sample = history_->newest();
   const Value* const details = name && sample ? findFrom(*sample, place, *name) : nullptr;

@@ -138,11 +138,13 @@ void KVDBatteryInfo::followState(const Dictionary& source) {
 
 void KVDBatteryInfo::startUnpluggedTimer() {
   _unpluggedTimerCount = 0;
-  _unpluggedTimer = std::make_shared<Timer>(
-      RunLoop::current().every(std::chrono::seconds(minute), [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->unpluggedTimerTick();
-      }));
-  runningTimers_.push_back(_unpluggedTimer);
+  guarded("the unplugged timer", [this] {
+    _unpluggedTimer = std::make_shared<Timer>(
+        RunLoop::current().every(std::chrono::seconds(minute), [weak = weak_from_this()] {
+          if (const auto self = weak.lock()) self->unpluggedTimerTick();
+        }));
+    runningTimers_.push_back(_unpluggedTimer);
+  });
 }
 
 void KVDBatteryInfo::stopUnpluggedTimer() {

@@ -43,6 +43,7 @@ TEST_F(BatteryReadings, ThePercentageIsCutNotRounded) {
   EXPECT_EQ(percent(Value(4999), Value(5000)), 99);
   EXPECT_EQ(percent(Value(5000), Value(5000)), 100);
   EXPECT_EQ(percent(Value(5500), Value(5000)), 110);
+  EXPECT_EQ(percent(Value(29), Value(100)), 28);  // 0.29 is a little less, and taken times 100
 }
 
 TEST_F(BatteryReadings, TheCurrentCapacityIsCutBeforeItIsDivided) {
@@ -122,6 +123,9 @@ TEST_F(BatteryReadings, PowerIsThatOfTheRecordWithItsSign) {
   record(Value(4500), Value(1500), Value(12000), Value(1));
   update(3600, Source{});
   EXPECT_EQ(info->watt(), 18.0f);
+  record(Value(4500), Value(-3000), Value(10513), Value(1));
+  update(3600, Source{});
+  EXPECT_EQ(info->watt(), -31.538997650146484f);  // in single precision, which shows
 }
 
 TEST_F(BatteryReadings, WithoutARecordItsReadingsAreZero) {

@@ -116,6 +116,7 @@ LinuxVolumeCategories::~LinuxVolumeCategories() {
 }
 
 std::optional<CategorySizes> LinuxVolumeCategories::of(std::string_view mountPoint) {
+  if (!shared_ && !wanted_.empty()) start();  // where there was no thread to be had
   if (const auto latest = shared_ ? shared_->figures.take() : nullptr)
     figures_ = std::move(*latest);
   const bool isWanted = std::find(wanted_.begin(), wanted_.end(), mountPoint) != wanted_.end();
@@ -128,6 +129,9 @@ void LinuxVolumeCategories::want(const std::vector<std::string>& mountPoints) {
   // A list that says nothing new must not interrupt what is under way.
   if (mountPoints == wanted_ && (shared_ || mountPoints.empty())) return;
   wanted_ = mountPoints;
+  std::erase_if(figures_, [this](const auto& each) {
+    return std::find(wanted_.begin(), wanted_.end(), each.first) == wanted_.end();
+  });
   if (mountPoints.empty() && shared_) {
     shared_->isOver = true;
     std::exchange(shared_, nullptr)->wake();
@@ -140,13 +144,20 @@ void LinuxVolumeCategories::want(const std::vector<std::string>& mountPoints) {
 }
 
 void LinuxVolumeCategories::start() {
+  // Those that are not needed any more may be held up by file systems that do not answer.
+  constexpr int mostThreads = 4;
+  static std::atomic<int> threads = 0;
+  if (threads >= mostThreads) return;
   auto shared = std::make_shared<Shared>();
   shared->wanted.put(wanted_);
   if (!shared->wakeup) return;
+  ++threads;
   const bool started = means_.threads->detach("vantile-usage", [shared, means = means_.accounting] {
     stepBehindOthers();
     guarded("usage by category", [&] { shared->work(means); });
+    --threads;
   });
+  if (!started) --threads;
   if (started) shared_ = std::move(shared);
 }
 

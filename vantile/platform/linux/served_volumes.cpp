@@ -6,6 +6,8 @@
 #include <set>
 #include <utility>
 
+#include "vantile/foundation/guard.h"
+
 namespace vantile {
 namespace {
 
@@ -84,8 +86,12 @@ std::shared_ptr<ServedVolumes::Answer> ServedVolumes::begin(const std::string& m
     --exchange->threads;
     exchange->answered.notify_all();
   };
-  const bool started = means_.threads->detach(
-      "vantile-volume", [ask = means_.ask, end, mountPoint] { end(ask(mountPoint)); });
+  const bool started =
+      means_.threads->detach("vantile-volume", [ask = means_.ask, end, mountPoint] {
+        std::optional<VolumeFigures> figures;
+        guarded("a volume's figures", [&] { figures = ask(mountPoint); });
+        end(figures);
+      });
   if (started) return answer;
   end(std::nullopt);
   return nullptr;

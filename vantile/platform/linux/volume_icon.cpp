@@ -3,6 +3,8 @@
 #include <gio/gio.h>
 #include <gio/gunixmounts.h>
 
+#include <utility>
+
 #include "vantile/platform/linux/glib_text.h"
 
 namespace vantile {
@@ -33,7 +35,9 @@ std::shared_ptr<const Image> iconOfMount(const std::string& mountPoint) {
   if (!mount) return nullptr;
   const std::unique_ptr<GIcon, ReleaseGio> icon(g_unix_mount_guess_icon(mount.get()));
   if (!icon) return nullptr;
-  return std::make_shared<const Image>(Image{nameOf(icon.get()), fileOf(icon.get()), nullptr});
+  Image image{nameOf(icon.get()), fileOf(icon.get()), nullptr};
+  if (image.name.empty() && image.file.empty()) return nullptr;
+  return std::make_shared<const Image>(std::move(image));
 }
 
 }  // namespace vantile

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "vantile/foundation/guard.h"
 #include "vantile/platform/macos/core_foundation.h"
 #include "vantile/platform/macos/values.h"
 
@@ -62,7 +63,7 @@ class MacosConfigurationSession final : public ConfigurationSession {
  private:
   static void onChange(SCDynamicStoreRef, CFArrayRef, void* session) {
     const auto changed = static_cast<MacosConfigurationSession*>(session)->changed_;
-    changed();  // may be the session's end
+    guarded("a change of the configuration", changed);  // may be the session's end
   }
 
   const std::function<void()> changed_;

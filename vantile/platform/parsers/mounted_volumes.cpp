@@ -98,9 +98,11 @@ std::vector<MountedVolume> volumesIn(std::vector<Mount> mounts,
     if (!isNew && isBetter(mount, mounts[known->second.first])) known->second = {place, mayHang};
   }
   std::vector<std::pair<std::size_t, bool>> places;
+  places.reserve(best.size());
   for (const auto& [device, place] : best) places.push_back(place);
   std::ranges::sort(places);
   std::vector<MountedVolume> volumes;
+  volumes.reserve(places.size());
   for (const auto& [place, mayHang] : places)
     volumes.push_back({std::move(mounts[place]), mayHang});
   return volumes;

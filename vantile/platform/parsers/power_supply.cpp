@@ -217,7 +217,7 @@ std::optional<double> secondsOf(double amount, double rate) {
   return seconds <= real(longest) ? std::optional(seconds) : std::nullopt;
 }
 
-/// Minutes, begun ones counted; nothing unless it charges.
+/// Whole minutes, 1 for less than that; nothing unless it charges.
 Number minutesToFull(const PowerSupply& battery) {
   if (battery.status != Status::charging) return std::nullopt;
   std::optional<double> seconds;
@@ -227,7 +227,7 @@ Number minutesToFull(const PowerSupply& battery) {
     seconds = secondsOf(*flow->lacking, *flow->rate);
   }
   if (!seconds || *seconds <= 0) return std::nullopt;
-  return static_cast<std::int64_t>(std::ceil(*seconds / 60));
+  return std::max(static_cast<std::int64_t>(*seconds / 60), std::int64_t{1});
 }
 
 std::vector<const PowerSupply*> presentOf(std::span<const PowerSupply> batteries) {

@@ -33,7 +33,9 @@ std::optional<std::string_view> nameIn(std::string_view message) {
   const auto length = numberAt<std::uint8_t>(message, nameLengthAt);
   if (length == 0 || message.size() - nameAt < length) return std::nullopt;
   const auto name = message.substr(nameAt, length);
-  const auto isAscii = [](char byte) { return byte > 0; };
+  const auto isAscii = [](char byte) {
+    return byte != 0 && static_cast<unsigned char>(byte) < 0x80;
+  };
   if (!std::all_of(name.begin(), name.end(), isAscii)) return std::nullopt;
   return name;
 }
