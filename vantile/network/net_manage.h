@@ -36,8 +36,9 @@ class VANTILE_API NetManage final {
   using Text = std::optional<std::string>;
   using TextArgument = std::optional<std::string_view>;
 
-  /// A new object, which the calling thread's run loop serves; null when the store or, where there
-  /// is one, the PPP daemon can't be reached. It takes a first throughput sample.
+  /// A new object, which the calling thread's run loop serves, and which is to be used and let go
+  /// of on that thread alone; null when the store or, where there is one, the PPP daemon can't be
+  /// reached. It takes a first throughput sample.
   static std::shared_ptr<NetManage> init();
 
   ~NetManage();

@@ -20,9 +20,11 @@ struct NetworkPorts;
 
 /// Controls the machine's PPP links through the daemon that keeps them.
 ///
-/// An operation waits for the daemon for 2 seconds at most, connecting included, and gives nothing
-/// then; for the 30 seconds after that the daemon counts as away and nothing waits for it. A
-/// connection that it closed is made anew by the next operation.
+/// An operation waits for the daemon for 2 seconds at most, connecting included, once those of
+/// other threads are through, and gives nothing then; for the 30 seconds after that the daemon
+/// counts as away and nothing waits for it. A connection that it closed is made anew by the next
+/// operation. A controller whose first connection can't be made is null, and tried again by whoever
+/// asks next.
 ///
 /// macOS: pppconfd. Linux: there is no such daemon, and so no links; PPP links are interfaces like
 /// any other.

@@ -45,10 +45,13 @@ class VANTILE_API Network final : public Monitor<NetworkDelegate> {
   Network(const Network&) = delete;
   Network& operator=(const Network&) = delete;
 
-  /// Takes one sample; without services nobody is told. On the thread that made the monitor.
+  /// Takes one sample; without services nobody is told. On the thread that made the monitor, which
+  /// is also to set the interval and, where it is no shared one, to let go of it: the system's
+  /// changes are served there.
   void updateInfo(const Timer* firing = nullptr) override;
 
-  /// How many samples the history keeps, 1 at first. Any thread.
+  /// How many samples the history keeps, 1 at first: that many and one more by turns, and a single
+  /// one for 1 and less. Any thread.
   std::int32_t stayNetHistoryCount() const { return _stayNetHistoryCount; }
   void setStayNetHistoryCount(std::int32_t count) { _stayNetHistoryCount = count; }
 

@@ -19,7 +19,7 @@ void copyValue(Dictionary& entry, Key key, const Dictionary* from, std::string_v
 
 }  // namespace
 
-/// As the configuration has it, without what is no text.
+/// As the configuration has it.
 std::shared_ptr<Array> NetManage::serviceOrder() {
   const auto setup = sysconfigValueForKey(store::globalSetup);
   const Value* const order = valueIn(setup.get(), "ServiceOrder");

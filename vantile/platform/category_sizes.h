@@ -26,6 +26,8 @@ class VolumeCategories {
   /// What is kept of the volume mounted at `mountPoint`, or nothing when it has no such item.
   /// macOS: MDItemCreateWithURL, and MDItemCopyAttribute of "kMDStoreAccumulatedSizes".
   /// Linux: an accounting of the library's own, nothing until it has been through the volume once.
+  /// It knows volumes by mount point and file system: one that takes another's place unseen has the
+  /// other's sizes until the next pass over it.
   virtual std::optional<CategorySizes> of(std::string_view mountPoint) = 0;
 
   /// The mount points whose sizes are wanted from now on, in the order in which to count them; none

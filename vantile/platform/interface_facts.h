@@ -22,8 +22,8 @@ class InterfaceFacts {
   /// The link's speed in bits per second, or nothing when the system does not tell, as while there
   /// is no link.
   /// macOS: "IOLinkSpeed" of the parent, in the "IOService" plane, of the first service that
-  /// IOBSDNameMatching finds. Linux: the kernel's ethtool answer, or the current bit rate of a
-  /// wireless link.
+  /// IOBSDNameMatching finds. Linux: the kernel's ethtool answer, the current bit rate of a
+  /// wireless link, or the speed in /sys.
   virtual std::optional<std::uint64_t> linkSpeed(std::string_view name) = 0;
 };
 

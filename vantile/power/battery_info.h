@@ -18,8 +18,9 @@ namespace vantile {
 class PowerSourceSubscription;
 struct PowerPorts;
 
-/// Told of the battery at each update, once for each power source that is present. Each operation
-/// may be left empty. Called on the thread that updates.
+/// Told of the battery at each update, of each power source that is present in turn: the state, and
+/// the percentage where that changed to one that matters. Each operation may be left empty. Called
+/// on the thread that updates.
 struct BatteryDelegate {
   /// On battery, and how long it lasts is not known yet: the charge in percent.
   std::function<void(double percent)> batteryCalculating;

@@ -35,8 +35,9 @@ struct NetworkModel {
   /// The link, or null.
   const NetworkLink* link(std::uint32_t index) const;
   bool isWireless(std::uint32_t index) const;
-  /// The route of the family that is taken: of the least metric, one without a carrier only where
-  /// there is no other. Over one link where that is named. Null where there is none.
+  /// The route of the family that leads out: of the least metric, one without a carrier only where
+  /// there is no other, though the kernel may go on to use that one. Over one link where that is
+  /// named. Null where there is none.
   const DefaultRoute* bestRoute(AddressFamily family, std::uint32_t over = 0) const;
 
   friend bool operator==(const NetworkModel&, const NetworkModel&) = default;

@@ -8,8 +8,8 @@
 
 namespace vantile {
 
-/// The power supplies of /sys, read anew at each call. A supply that goes while it is read is one
-/// that tells no more.
+/// The power supplies of /sys, read anew at each call. A supply that goes while it is read is
+/// left out.
 class PowerSupplies {
  public:
   explicit PowerSupplies(const LinuxRoots& roots = {})

@@ -23,7 +23,7 @@ bool showsChanges(const struct statx& status, std::int64_t now);
 
 /// One way through all folders of a volume, which brings its index up to date. Folders that did not
 /// change are not listed; what was counted in them is asked for its present size. Goes on in parts,
-/// between which it holds no descriptor, so that the volume can be unmounted. However deep the
+/// between which it holds no descriptor and the volume can be unmounted. However deep the
 /// tree, it takes a bounded number of descriptors and no recursion. Symbolic links are not
 /// followed, other mounts not entered. Not synchronised.
 class UsagePass {

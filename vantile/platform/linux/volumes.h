@@ -22,7 +22,7 @@ namespace vantile {
 std::optional<VolumeFigures> figuresOf(const std::string& mountPoint);
 
 /// The volumes of the kernel's mount table, which is read again only when the kernel says that it
-/// changed; until then they keep their names and pictures.
+/// changed; until then they keep the names and pictures that they had when first asked.
 class LinuxVolumes final : public Volumes {
  public:
   struct Means {
