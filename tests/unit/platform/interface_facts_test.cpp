@@ -65,6 +65,11 @@ TEST_F(FactsOfAFake, ALinkOfAKindIsNoDevice) {
   }
 }
 
+TEST_F(FactsOfAFake, APortOfASwitchIsADevice) {
+  link("lan1", 1, attribute(18, attribute(1, "dsa")) + attribute(56, "switch@0\0"s));
+  EXPECT_TRUE(facts.isEthernetDevice("lan1"));
+}
+
 TEST_F(FactsOfAFake, ALinkOfAnotherTypeIsNoDevice) {
   link("ib0", 32, attribute(56, "0000:00:1f.6\0"s));
   EXPECT_FALSE(facts.isEthernetDevice("ib0"));

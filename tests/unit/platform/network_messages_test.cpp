@@ -181,18 +181,49 @@ TEST(DefaultRoutes, ThatRefuseOrAreDeadAreNoneButNews) {
   EXPECT_FALSE(parseDefaultRoute(routePayload({}, "")));
 }
 
-TEST(DefaultRoutes, OfSeveralHopsTheFirstCounts) {
-  const auto hop = [](std::uint32_t link, std::uint8_t flags, std::string_view to) {
-    const auto more = attribute(5, to);
-    return bytesOf(static_cast<std::uint16_t>(8 + more.size())) + bytesOf(flags) + "\0"s +
-           bytesOf(link) + more;
-  };
-  const auto route = parseDefaultRoute(
-      routePayload({}, attribute(9, hop(5, 16, gateway) + hop(6, 0, "\x0A\x01\x02\x02"s))));
+TEST(DefaultRoutes, ForSomeSourcesOrServicesAloneAreNone) {
+  const auto link = attribute(4, bytesOf(std::uint32_t{9}));
+  for (const std::size_t place : {2u, 3u}) {  // rtm_src_len, rtm_tos
+    auto payload = routePayload({}, link);
+    payload[place] = 8;
+    EXPECT_FALSE(parseDefaultRoute(payload)) << place;
+    EXPECT_TRUE(isAboutDefaultRoute(payload)) << place;
+  }
+}
+
+constexpr std::uint8_t dead = 1, withoutCarrier = 16;
+
+std::string hop(std::uint32_t link, std::uint8_t flags, std::string_view to = gateway) {
+  const auto more = attribute(5, to);
+  return bytesOf(static_cast<std::uint16_t>(8 + more.size())) + bytesOf(flags) + "\0"s +
+         bytesOf(link) + more;
+}
+
+std::optional<DefaultRoute> routeOver(const std::string& hops) {
+  return parseDefaultRoute(routePayload({}, attribute(9, hops)));
+}
+
+TEST(DefaultRoutes, OfSeveralHopsTheFirstWithACarrierCounts) {
+  const auto other = "\x0A\x01\x02\x02"s;
+  const auto route =
+      routeOver(hop(4, dead) + hop(5, withoutCarrier) + hop(6, 0, other) + hop(7, 0));
+  ASSERT_TRUE(route);
+  EXPECT_EQ(route->index, 6u);
+  EXPECT_EQ(route->gateway, "10.1.2.2");
+  EXPECT_FALSE(route->linkDown);
+}
+
+TEST(DefaultRoutes, AHopWithoutACarrierCountsWhereTheOthersAreDead) {
+  const auto route = routeOver(hop(4, dead) + hop(5, withoutCarrier) + hop(6, withoutCarrier));
   ASSERT_TRUE(route);
   EXPECT_EQ(route->index, 5u);
-  EXPECT_EQ(route->gateway, "10.1.2.1");
   EXPECT_TRUE(route->linkDown);
+  EXPECT_FALSE(routeOver(hop(4, dead) + hop(5, dead | withoutCarrier)));
+}
+
+TEST(DefaultRoutes, AHopBehindOneWhoseLengthLiesIsNotReached) {
+  const auto lying = bytesOf(std::uint16_t{4}) + std::string(6, '\1');
+  EXPECT_FALSE(routeOver(hop(4, dead) + lying + hop(6, 0)));
 }
 
 TEST(DefaultRoutes, HopsWhoseLengthLiesAreNone) {

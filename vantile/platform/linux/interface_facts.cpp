@@ -25,6 +25,11 @@ bool mayBeName(std::string_view name) {
          name != "." && name != "..";
 }
 
+/// A link that was made rather than found. A port of a switch is of a kind, and yet hardware.
+bool isVirtual(std::string_view kind) {
+  return !kind.empty() && kind != "dsa";
+}
+
 }  // namespace
 
 std::optional<LinuxInterfaceFacts::Link> LinuxInterfaceFacts::link(std::string_view name) const {
@@ -39,7 +44,7 @@ std::optional<LinuxInterfaceFacts::Link> LinuxInterfaceFacts::link(std::string_v
         // The kernel may find a link by another of its names.
         if (!told || told->name != name) return;
         const bool ethernet = static_cast<LinkType>(told->type) == LinkType::ethernet;
-        found = Link{told->index, ethernet, !told->kind.empty(), !told->parentDevice.empty()};
+        found = Link{told->index, ethernet, isVirtual(told->kind), !told->parentDevice.empty()};
       });
   return found;
 }
@@ -55,7 +60,7 @@ std::optional<std::string> LinuxInterfaceFacts::folderOf(std::string_view name,
 
 bool LinuxInterfaceFacts::isEthernetDevice(std::string_view name) {
   const auto known = link(name);
-  if (!known || !known->ethernet || known->ofAKind) return false;
+  if (!known || !known->ethernet || known->isVirtual) return false;
   if (known->hasParent) return true;
   const auto folder = folderOf(name, *known);
   std::error_code missing;

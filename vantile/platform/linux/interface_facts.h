@@ -24,7 +24,7 @@ class LinuxInterfaceFacts final : public InterfaceFacts {
  private:
   struct Link {
     std::uint32_t index = 0;
-    bool ethernet = false, ofAKind = false, hasParent = false;
+    bool ethernet = false, isVirtual = false, hasParent = false;
   };
 
   std::optional<Link> link(std::string_view name) const;

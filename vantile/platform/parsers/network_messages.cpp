@@ -1,5 +1,8 @@
 #include "vantile/platform/parsers/network_messages.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "vantile/platform/parsers/ip_address.h"
 #include "vantile/platform/parsers/netlink.h"
 
@@ -47,18 +50,20 @@ std::string addressOf(AddressFamily family, std::string_view bytes) {
   return bytes.size() == size ? ipAddressText(bytes) : std::string();
 }
 
-/// What the first of a route's several next hops says.
+/// One of a route's several next hops.
 struct Hop {
   std::uint32_t index = 0;
   std::uint32_t flags = 0;
   std::string gateway;
 };
 
-std::optional<Hop> firstHop(AddressFamily family, std::string_view hops) {
-  constexpr std::size_t header = 8;
+/// Takes the first one off the list; nothing at its end, and where a length lies.
+std::optional<Hop> nextHop(AddressFamily family, std::string_view& hops) {
+  constexpr std::size_t header = 8, alignment = 4;
   const auto size = numberAt<std::uint16_t>(hops, 0);
   if (!size || *size < header || *size > hops.size()) return std::nullopt;
   const auto bytes = hops.substr(0, *size);
+  hops.remove_prefix(std::min(hops.size(), (*size + alignment - 1) / alignment * alignment));
   Hop hop;
   hop.flags = numberAt<std::uint8_t>(bytes, 2).value_or(0);
   hop.index = numberAt<std::uint32_t>(bytes, 4).value_or(0);
@@ -66,6 +71,16 @@ std::optional<Hop> firstHop(AddressFamily family, std::string_view hops) {
   while (const auto attribute = attributes.next())
     if (attribute->type == routeGateway) hop.gateway = addressOf(family, attribute->value);
   return hop;
+}
+
+/// The first that leads somewhere: with a carrier where there is such a one.
+std::optional<Hop> usedHop(AddressFamily family, std::string_view hops) {
+  std::optional<Hop> used;
+  while (auto hop = nextHop(family, hops)) {
+    if (!(hop->flags & (dead | withoutCarrier))) return hop;
+    if (!used || ((used->flags & dead) && !(hop->flags & dead))) used = std::move(hop);
+  }
+  return used;
 }
 
 }  // namespace
@@ -130,8 +145,10 @@ std::optional<DefaultRoute> parseDefaultRoute(std::string_view payload) {
   const auto family = familyOf(payload);
   const auto flags = numberAt<std::uint32_t>(payload, 8);
   if (family == AddressFamily::none || !flags) return std::nullopt;
-  const bool isDefault = numberAt<std::uint8_t>(payload, 1) == 0;
-  if (!isDefault || numberAt<std::uint8_t>(payload, 7) != unicast) return std::nullopt;
+  constexpr std::size_t destinationBits = 1, sourceBits = 2, typeOfService = 3;
+  for (const auto narrows : {destinationBits, sourceBits, typeOfService})
+    if (numberAt<std::uint8_t>(payload, narrows) != 0) return std::nullopt;
+  if (numberAt<std::uint8_t>(payload, 7) != unicast) return std::nullopt;
   DefaultRoute route;
   route.family = family;
   std::uint32_t table = numberAt<std::uint8_t>(payload, 4).value_or(0), state = *flags;
@@ -151,7 +168,7 @@ std::optional<DefaultRoute> parseDefaultRoute(std::string_view payload) {
         table = attribute->uint32().value_or(table);
         break;
       case routeHops:
-        if (auto hop = firstHop(family, attribute->value)) {
+        if (auto hop = usedHop(family, attribute->value)) {
           route.index = hop->index;
           route.gateway = std::move(hop->gateway);
           state = hop->flags;

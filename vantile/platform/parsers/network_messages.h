@@ -48,7 +48,7 @@ std::optional<AddressMessage> parseAddressMessage(std::string_view payload);
 
 /// RTM_NEWROUTE, RTM_DELROUTE, of a route for whatever has no other.
 struct DefaultRoute {
-  std::uint32_t index = 0;  ///< of the link that it leads over; the first of several
+  std::uint32_t index = 0;  ///< of the link that it leads over; of several the first with a carrier
   AddressFamily family = AddressFamily::none;
   std::uint32_t metric = 0;  ///< the least is taken
   std::string gateway;       ///< of the route's family; empty where there is none
@@ -56,8 +56,8 @@ struct DefaultRoute {
   friend bool operator==(const DefaultRoute&, const DefaultRoute&) = default;
 };
 
-/// Nothing for a route to somewhere, one of another table than the main one, one that is dead, and
-/// one that leads to no link: it refuses.
+/// Nothing for a route to somewhere, one for some sources or types of service alone, one of another
+/// table than the main one, one that is dead, and one that leads to no link: it refuses.
 std::optional<DefaultRoute> parseDefaultRoute(std::string_view payload);
 
 /// Whether the message is about a route for whatever has no other, usable or not, of any table.
