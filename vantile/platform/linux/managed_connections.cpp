@@ -29,35 +29,37 @@ std::map<std::string_view, const ActiveConnection*> uses(const NetworkManagerObj
   return found;
 }
 
-bool before(const ConnectionSettings* one, const ConnectionSettings* other) {
-  return std::tie(other->autoconnectPriority, other->timestamp, one->uuid) <
-         std::tie(one->autoconnectPriority, one->timestamp, other->uuid);
+using Saved = decltype(NetworkManagerObjects::connections)::value_type;
+
+bool before(const Saved* one, const Saved* other) {
+  const auto& [path, settings] = *one;
+  const auto& [otherPath, otherSettings] = *other;
+  return std::tie(otherSettings.autoconnectPriority, otherSettings.timestamp, settings.uuid, path) <
+         std::tie(settings.autoconnectPriority, settings.timestamp, otherSettings.uuid, otherPath);
 }
 
 }  // namespace
 
 std::vector<ManagedConnection> managedConnections(const NetworkManagerObjects& objects) {
   const auto used = uses(objects);
-  std::vector<std::pair<const ConnectionSettings*, const ActiveConnection*>> ordered;
+  std::vector<const Saved*> ordered;
   ordered.reserve(objects.connections.size());
-  for (const auto& [path, settings] : objects.connections) {
-    if (settings.uuid.empty()) continue;
-    const auto use = used.find(path);
-    ordered.emplace_back(&settings, use == used.end() ? nullptr : use->second);
-  }
-  std::stable_sort(ordered.begin(), ordered.end(), [](const auto& one, const auto& other) {
-    return before(one.first, other.first);
-  });
+  for (const auto& saved : objects.connections)
+    if (!saved.second.uuid.empty()) ordered.push_back(&saved);
+  std::sort(ordered.begin(), ordered.end(), before);
 
   std::vector<ManagedConnection> connections;
   connections.reserve(ordered.size());
   std::set<std::string_view> seen;
-  for (const auto& [settings, use] : ordered) {
-    if (!seen.insert(settings->uuid).second) continue;
+  for (const auto* const saved : ordered) {
+    const auto& [path, settings] = *saved;
+    if (!seen.insert(settings.uuid).second) continue;
+    const auto found = used.find(path);
+    const auto* const use = found == used.end() ? nullptr : found->second;
     const auto device = use ? objects.deviceNames.find(use->device) : objects.deviceNames.end();
     const bool named = device != objects.deviceNames.end() && !device->second.empty();
-    connections.push_back({settings->uuid, settings->name,
-                           named ? device->second : settings->interfaceName, settings->type,
+    connections.push_back({settings.uuid, settings.name,
+                           named ? device->second : settings.interfaceName, settings.type,
                            use && use->state == ActiveState::activated});
   }
   return connections;
