@@ -69,9 +69,9 @@ TEST_F(VolumesSeam, ALengthBeyondTheRecordIsCutOff) {
   EXPECT_EQ(volumes.name("/"), std::string(255, 'a'));
 }
 
-TEST_F(VolumesSeam, ANameThatIsNotUnicodeIsNone) {
-  fakes::machine.volumeNames = {{"/", std::u16string(1, char16_t{0xD800})}};
-  EXPECT_EQ(volumes.name("/"), std::nullopt);
+TEST_F(VolumesSeam, AHalfCharacterInANameIsReplaced) {
+  fakes::machine.volumeNames = {{"/", std::u16string{u'a', char16_t{0xD800}, u'b'}}};
+  EXPECT_EQ(volumes.name("/"), "a\uFFFDb");
 }
 
 TEST_F(VolumesSeam, HaveThePictureOfTheWorkspaceForAsLongAsItIsHeld) {

@@ -106,10 +106,6 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
   return stringWith("CFStringCreateWithBytes", fakes::utf16Of(text));
 }
 
-CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* characters, CFIndex count) {
-  return stringWith("CFStringCreateWithCharacters", std::u16string(characters, characters + count));
-}
-
 CFStringRef CFStringCreateWithFileSystemRepresentation(CFAllocatorRef, const char* path) {
   auto text = fakes::utf16Of(path);
   if (!text && machine.decodesAllPaths) {

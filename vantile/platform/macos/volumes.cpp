@@ -9,6 +9,7 @@
 
 #include "vantile/platform/macos/core_foundation.h"
 #include "vantile/platform/macos/objective_c.h"
+#include "vantile/platform/parsers/utf16.h"
 
 namespace vantile {
 namespace {
@@ -61,9 +62,7 @@ class MacosVolumes final : public Volumes {
         ::FSGetVolumeInfo(*volume, 0, nullptr, kFSVolInfoNone, nullptr, &name, nullptr) != 0)
       return std::nullopt;
     const auto length = std::min<std::size_t>(name.length, std::size(name.unicode));
-    const Owned<CFStringRef> text(
-        CFStringCreateWithCharacters(nullptr, name.unicode, static_cast<CFIndex>(length)));
-    return textOf(text.get());
+    return utf8Of(std::u16string(name.unicode, name.unicode + length));
   }
 
   std::shared_ptr<const Image> icon(const std::string& mountPoint) override {

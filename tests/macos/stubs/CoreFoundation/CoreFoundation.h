@@ -56,8 +56,6 @@ enum { kCFCompareCaseInsensitive = 1, kCFCompareDiacriticInsensitive = 128 };
 CFTypeID CFStringGetTypeID(void);
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex size,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation);
-CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
-                                         CFIndex count);
 CFStringRef CFStringCreateWithFileSystemRepresentation(CFAllocatorRef allocator, const char* path);
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,
                                              CFStringRef string);
