@@ -25,6 +25,7 @@ void checkVolumes(const std::vector<Mount>& mounts) {
   for (const auto& volume : volumes) {
     require(devices.insert(volume.mount.device).second, "a file system is one volume");
     require(volume.mayHang || volume.mount.type != "fuseblk", "what is served may hang");
+    require(volume.mayHang || !volume.wayMayHang, "what can't be reached can't be asked");
   }
 }
 

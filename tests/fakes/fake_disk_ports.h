@@ -38,6 +38,7 @@ class FakeVolumes final : public Volumes {
   }
   std::vector<std::string> localPaths(const Types& types) override {
     askedTypes = types;
+    if (onPaths) onPaths();
     return paths;
   }
   FileSystemSpace space(const std::string& path) override {
@@ -57,6 +58,7 @@ class FakeVolumes final : public Volumes {
   std::map<std::string, FileSystemSpace> spaces;
   std::vector<std::string> spaceAsked;
   std::function<void()> onSpace;  ///< after an answer was taken
+  std::function<void()> onPaths;  ///< before the paths are told
 
  private:
   std::mutex mutex_;  // over what samples note, which several threads may take
@@ -64,29 +66,28 @@ class FakeVolumes final : public Volumes {
 
 /// What the metadata of the volumes holds, and what was asked of it.
 struct KeptCategories {
-  std::map<std::string, CategorySizes> items;    ///< by mount point; no item for the others
-  std::vector<std::vector<std::string>> wanted;  ///< each call of `want`
-  int stores = 0;                                ///< that live
-  std::function<void()> onLook;                  ///< in the midst of a look-up
+  std::map<VolumeKey, CategorySizes> items;    ///< no item for the others
+  std::vector<std::vector<VolumeKey>> wanted;  ///< each call of `want`
+  int stores = 0, storesMade = 0;              ///< that live, and that ever did
+  std::function<void()> onLook;                ///< in the midst of a look-up
 };
 
 class FakeCategories final : public VolumeCategories {
  public:
   explicit FakeCategories(std::shared_ptr<KeptCategories> kept) : kept_(std::move(kept)) {
     ++kept_->stores;
+    ++kept_->storesMade;
   }
   ~FakeCategories() override { --kept_->stores; }
   FakeCategories(const FakeCategories&) = delete;
   FakeCategories& operator=(const FakeCategories&) = delete;
 
-  std::optional<CategorySizes> of(std::string_view mountPoint) override {
+  std::optional<CategorySizes> of(const VolumeKey& volume) override {
     if (kept_->onLook) kept_->onLook();
-    const auto found = kept_->items.find(std::string(mountPoint));
+    const auto found = kept_->items.find(volume);
     return found == kept_->items.end() ? std::nullopt : std::optional(found->second);
   }
-  void want(const std::vector<std::string>& mountPoints) override {
-    kept_->wanted.push_back(mountPoints);
-  }
+  void want(const std::vector<VolumeKey>& volumes) override { kept_->wanted.push_back(volumes); }
 
  private:
   const std::shared_ptr<KeptCategories> kept_;

@@ -10,7 +10,7 @@ using List = fakes::PropertyList::Array;
 class CategorySizesSeam : public Seam {
  protected:
   static std::optional<CategorySizes> sizesOf(std::string_view mountPoint) {
-    return makeVolumeCategories()->of(mountPoint);
+    return makeVolumeCategories()->of(std::string(mountPoint));
   }
 };
 

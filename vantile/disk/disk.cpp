@@ -46,25 +46,27 @@ void KVDDisk::updateInfo(const Timer*) {
 
 void KVDDisk::sample() {
   Array volumes;
-  std::vector<std::string> mountPoints;
+  std::vector<VolumeKey> told;
   const auto mounts = ports_->volumes->mounts(types_);
   volumes.reserve(mounts.size());
+  told.reserve(mounts.size());
   for (const auto& mount : mounts) {
     if (std::ranges::find(types_, mount.type) == types_.end()) continue;
-    if (auto volume = volumeAt(mount)) {
+    VolumeKey key(mount.mountPoint, mount.identity);
+    if (auto volume = volumeAt(mount, key)) {
       volumes.emplace_back(std::move(volume));
-      mountPoints.push_back(mount.mountPoint);
+      told.push_back(std::move(key));
     }
   }
   const auto listener = delegate();
   const bool isHeard = implements(listener, &DiskDelegate::diskDetails);
   // To count what nobody hears of would be a waste.
-  want(isHeard ? std::move(mountPoints) : std::vector<std::string>());
+  want(isHeard ? std::move(told) : std::vector<VolumeKey>());
   tell(listener, &DiskDelegate::diskDetails, volumes);
 }
 
 /// The volume's dictionary, or null for one without a name, which is not told of.
-std::shared_ptr<Dictionary> KVDDisk::volumeAt(const MountRecord& mount) {
+std::shared_ptr<Dictionary> KVDDisk::volumeAt(const MountRecord& mount, const VolumeKey& key) {
   auto name = ports_->volumes->name(mount.mountPoint);
   if (!name) return nullptr;
   auto volume = std::make_shared<Dictionary>();
@@ -79,20 +81,20 @@ std::shared_ptr<Dictionary> KVDDisk::volumeAt(const MountRecord& mount) {
   volume->set(keys::disk_freesize, mount.blockSize * mount.availableBlocks);
   volume->set(keys::disk_usedsize, usedBytes(mount));
   if (mount.mountPoint == "/") volume->set(keys::disk_backups, std::uint64_t{0});
-  addCategories(*volume, categoriesOf(mount.mountPoint), usedBytes(mount));
+  addCategories(*volume, categoriesOf(key), usedBytes(mount));
   return volume;
 }
 
-std::optional<CategorySizes> KVDDisk::categoriesOf(const std::string& mountPoint) {
+std::optional<CategorySizes> KVDDisk::categoriesOf(const VolumeKey& volume) {
   const std::lock_guard lock(categoriesLock_);
-  return categories_->of(mountPoint);
+  return categories_->of(volume);
 }
 
-void KVDDisk::want(std::vector<std::string> mountPoints) {
+void KVDDisk::want(std::vector<VolumeKey> volumes) {
   const std::lock_guard lock(categoriesLock_);
-  if (mountPoints == wanted_) return;
-  categories_->want(mountPoints);
-  wanted_ = std::move(mountPoints);
+  if (volumes == wanted_) return;
+  categories_->want(volumes);
+  wanted_ = std::move(volumes);
 }
 
 }  // namespace vantile

@@ -18,6 +18,7 @@ namespace vantile {
 struct CategorySizes;
 struct DiskPorts;
 struct MountRecord;
+struct VolumeKey;
 class VolumeCategories;
 
 /// Told of samples of the volumes. The operation may be left empty.
@@ -46,12 +47,16 @@ class VANTILE_API KVDDisk final : public Monitor<DiskDelegate> {
   KVDDisk(const KVDDisk&) = delete;
   KVDDisk& operator=(const KVDDisk&) = delete;
 
-  /// Takes one sample. Samples on several threads may overlap.
+  /// Takes one sample. Samples on several threads may overlap, and none waits for another. Linux:
+  /// volumes that a process or another machine serves may hold it up by 0.2 seconds in all, and by
+  /// that once where they do not answer; only a disk of its own that does not answer holds it up
+  /// for longer. macOS: each volume is waited for.
   void updateInfo(const Timer* firing = nullptr) override;
 
   // Of the volume that holds the user's home, in bytes. Every call asks anew, and what the system
   // does not tell is 0. What is used is the difference of two look-ups, and wraps where the volume
-  // changed in between so that more is free than there is. Any thread.
+  // changed in between so that more is free than there is. A call waits for as long as the volume
+  // takes to answer; that holds up neither samples nor other calls. Any thread.
   static std::uint64_t totalDiskSpaceInBytes();
   static std::uint64_t freeDiskSpaceInBytes();
   static std::uint64_t usedDiskSpaceInBytes();
@@ -79,15 +84,15 @@ class VANTILE_API KVDDisk final : public Monitor<DiskDelegate> {
  private:
   explicit KVDDisk(DiskPorts ports);
   void sample();
-  std::shared_ptr<Dictionary> volumeAt(const MountRecord& mount);
-  std::optional<CategorySizes> categoriesOf(const std::string& mountPoint);
-  void want(std::vector<std::string> mountPoints);
+  std::shared_ptr<Dictionary> volumeAt(const MountRecord& mount, const VolumeKey& key);
+  std::optional<CategorySizes> categoriesOf(const VolumeKey& volume);
+  void want(std::vector<VolumeKey> volumes);
 
   const std::unique_ptr<const DiskPorts> ports_;
   const std::vector<std::string_view> types_;  // of volumes that are told of
   std::mutex categoriesLock_;                  // over the two below, for samples that overlap
   const std::unique_ptr<VolumeCategories> categories_;
-  std::vector<std::string> wanted_;  // mount points, as they were last told to be
+  std::vector<VolumeKey> wanted_;  // as was last told
 };
 
 }  // namespace vantile

@@ -2,12 +2,11 @@
 
 #include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "vantile/foundation/api.h"
 #include "vantile/foundation/value.h"
+#include "vantile/platform/volumes.h"
 
 namespace vantile {
 
@@ -23,16 +22,15 @@ class VolumeCategories {
  public:
   virtual ~VolumeCategories() = default;
 
-  /// What is kept of the volume mounted at `mountPoint`, or nothing when it has no such item.
-  /// macOS: MDItemCreateWithURL, and MDItemCopyAttribute of "kMDStoreAccumulatedSizes".
-  /// Linux: an accounting of the library's own, nothing until it has been through the volume once.
-  /// It knows volumes by mount point and file system: one that takes another's place unseen has the
-  /// other's sizes until the next pass over it.
-  virtual std::optional<CategorySizes> of(std::string_view mountPoint) = 0;
+  /// What is kept of the volume, or nothing when it has no such item.
+  /// macOS: MDItemCreateWithURL of its mount point, and MDItemCopyAttribute of
+  /// "kMDStoreAccumulatedSizes". Linux: an accounting of the library's own, nothing until it has
+  /// been through the volume once; what was mounted at the same place before is another volume.
+  virtual std::optional<CategorySizes> of(const VolumeKey& volume) = 0;
 
-  /// The mount points whose sizes are wanted from now on, in the order in which to count them; none
-  /// ends all work at once. macOS: nothing to do.
-  virtual void want(const std::vector<std::string>& mountPoints) = 0;
+  /// The volumes whose sizes are wanted from now on, in the order in which to count them; none ends
+  /// all work at once. macOS: nothing to do.
+  virtual void want(const std::vector<VolumeKey>& volumes) = 0;
 };
 
 /// The machine's volumes, for one owner; what it has under way ends with it.

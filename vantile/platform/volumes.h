@@ -1,16 +1,29 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "vantile/foundation/api.h"
 #include "vantile/foundation/value.h"
 
 namespace vantile {
+
+/// Which volume is meant: one may take another's place between two looks.
+struct VolumeKey {
+  VolumeKey(std::string place, std::string told = {})
+      : mountPoint(std::move(place)), identity(std::move(told)) {}
+  VolumeKey(const char* place) : VolumeKey(std::string(place)) {}
+  friend auto operator<=>(const VolumeKey&, const VolumeKey&) = default;
+
+  std::string mountPoint;
+  std::string identity;  ///< as `MountRecord` has it
+};
 
 /// A mounted file system, as the mount table has it. Texts are bytes.
 struct MountRecord {
@@ -20,6 +33,10 @@ struct MountRecord {
   std::uint64_t blockSize = 0;
   std::uint64_t totalBlocks = 0;
   std::uint64_t availableBlocks = 0;  ///< to users without privileges
+  /// Tells the volume from those that were mounted there before it; says nothing else.
+  /// macOS: empty, for nothing is kept of a volume there. Linux: of the mount, or of what is
+  /// mounted.
+  std::string identity = {};
 };
 
 /// What a file system tells of its size; what it does not tell is absent.
@@ -29,7 +46,7 @@ struct FileSystemSpace {
   std::optional<std::uint64_t> nodes;  ///< files and folders that there can be
 };
 
-/// The machine's mounted volumes. Any thread.
+/// The machine's mounted volumes. Any thread; nobody waits for what another one is asking.
 class Volumes {
  public:
   using Types = std::vector<std::string_view>;
@@ -48,19 +65,21 @@ class Volumes {
   virtual std::vector<MountRecord> mounts(const Types& types) = 0;
 
   /// What the user calls the volume mounted at `mountPoint`, or nothing when it can't be told.
-  /// macOS: FSPathMakeRef, FSGetCatalogInfo and FSGetVolumeInfo. Linux: the volume's label, else
-  /// the last part of the mount point, and for "/" the computer's name.
+  /// macOS: FSPathMakeRef, FSGetCatalogInfo and FSGetVolumeInfo; half a character becomes U+FFFD.
+  /// Linux: the volume's label, else the last part of the mount point, and for "/" the computer's
+  /// name. Served ones are not asked.
   virtual std::optional<std::string> name(const std::string& mountPoint) = 0;
 
   /// What the desktop shows for it; null when it has no picture.
   /// macOS: NSWorkspace iconForFile:. Linux: GIO's picture for the mount.
   virtual std::shared_ptr<const Image> icon(const std::string& mountPoint) = 0;
 
-  /// The mount points of local volumes.
+  /// The mount points of local volumes, none of which is asked.
   /// macOS: NSWorkspace mountedLocalVolumePaths. Linux: of the volumes of `types`, by the table.
   virtual std::vector<std::string> localPaths(const Types& types) = 0;
 
-  /// The file system that holds `path`, asked anew; it may take its time.
+  /// The file system that holds `path`, asked anew and waited for: without end where whoever serves
+  /// it does not answer.
   /// macOS: NSFileManager attributesOfFileSystemForPath:error:. Linux: statvfs.
   virtual FileSystemSpace space(const std::string& path) = 0;
 };

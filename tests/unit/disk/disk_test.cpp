@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <new>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 #include "fakes/recorded_log.h"
@@ -109,8 +112,22 @@ TEST_F(DiskMonitor, WhatASampleThrowsIsALogLine) {
   EXPECT_EQ(log.lines[0], "a disk sample threw: out of order");
 }
 
+TEST_F(DiskMonitor, ASampleLetsNothingOut) {
+  const testing::RecordedLog log;
+  mount("/");
+  const auto disk = monitor();
+  categories.onLook = [] { throw std::bad_alloc(); };
+  disk->updateInfo();
+  categories.onLook = [] { throw std::system_error(EAGAIN, std::generic_category()); };
+  disk->updateInfo();
+  categories.onLook = nullptr;
+  delegate->diskDetails = [](const Array&) { throw 1; };
+  disk->updateInfo();
+  EXPECT_EQ(log.lines.size(), 3u);
+}
+
 using WantedCategories = testing::Disk;
-using Wanted = std::vector<std::vector<std::string>>;
+using Wanted = std::vector<std::vector<VolumeKey>>;
 
 TEST_F(WantedCategories, AreThoseOfTheVolumesThatAreToldOfInTheirOrder) {
   mount("/");
@@ -146,6 +163,30 @@ TEST_F(WantedCategories, AreNoneWhileNobodyHearsOfThem) {
   disk->setDelegate(std::make_shared<DiskDelegate>());
   disk->updateInfo();
   EXPECT_EQ(categories.wanted, (Wanted{{"/"}, {}}));
+}
+
+TEST_F(WantedCategories, AreToldAgainWhenAVolumeTookAnothersPlace) {
+  mount("/").identity = "root";
+  mount("/a").identity = "1";
+  const auto disk = monitor();
+  disk->updateInfo();
+  volumes.table[1].identity = "2";
+  disk->updateInfo();
+  EXPECT_EQ(categories.wanted,
+            (Wanted{{{"/", "root"}, {"/a", "1"}}, {{"/", "root"}, {"/a", "2"}}}));
+}
+
+TEST_F(WantedCategories, AVolumeThatTookAnothersPlaceDoesNotHaveItsKinds) {
+  mount("/a").identity = "1";
+  Array list(7, Value(std::uint64_t{5}));
+  categories.items.emplace(VolumeKey("/a", "1"), CategorySizes{list});
+  const auto disk = monitor();
+  disk->updateInfo();
+  EXPECT_EQ(rows[0]->uint64("disk_movies"), 5u);
+  volumes.table[0].identity = "2";
+  disk->updateInfo();
+  EXPECT_FALSE(rows[0]->contains("disk_movies"));
+  EXPECT_EQ(rows[0]->boolean("has_accumulated_sizes"), false);
 }
 
 TEST_F(WantedCategories, EndWithTheMonitor) {

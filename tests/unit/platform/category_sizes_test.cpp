@@ -1,5 +1,6 @@
 #include "vantile/platform/linux/category_sizes.h"
 
+#include <filesystem>
 #include <thread>
 
 #include "vantile/platform/linux/mailbox.h"
@@ -152,6 +153,26 @@ TEST(MailboxTest, TheLatestMessageIsTakenOnce) {
   EXPECT_FALSE(box.isEmpty());
   EXPECT_EQ(*box.take(), 2);
   EXPECT_EQ(box.take(), nullptr);
+}
+
+TEST_F(CategorySizesTest, AVolumeThatTookAnothersPlaceIsCountedAsItsOwn) {
+  tree.file("volume/film.mkv", contents(10));
+  const auto place = tree.path("volume");
+  const auto categories = make();
+  const auto movies = [&](const VolumeKey& volume) {
+    for (;;) {
+      if (auto sizes = categories->of(volume)) return (*sizes->sizes)[6].uint64();
+      std::this_thread::yield();
+    }
+  };
+  categories->want({VolumeKey(place, "1")});
+  EXPECT_EQ(movies({place, "1"}), bytes("volume/film.mkv"));
+  EXPECT_FALSE(categories->of({place, "2"}));
+  std::filesystem::rename(place, tree.path("elsewhere"));
+  tree.folder("volume");
+  categories->want({VolumeKey(place, "2")});
+  EXPECT_FALSE(categories->of({place, "1"}));
+  EXPECT_EQ(movies({place, "2"}), 0u);
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
 #include <map>
 #include <string>
+#include <thread>
 
 #include "vantile/platform/linux/volumes.h"
 
@@ -12,6 +15,8 @@ namespace {
 
 using Paths = std::vector<std::string>;
 
+using namespace std::chrono_literals;
+
 const Volumes::Types types = {"ext4", "vfat", "fuseblk"};
 
 /// Bodies that run at once, or never.
@@ -19,10 +24,12 @@ class SomeThreads final : public Threads {
  public:
   bool detach(const char*, std::function<void()> body) override {
     ++asked;
+    if (before) before();
     if (!dead) body();
     return true;
   }
 
+  std::function<void()> before;
   bool dead = false;
   int asked = 0;
 };
@@ -33,19 +40,29 @@ struct LinuxVolumesTest : ::testing::Test {
     means.changed = [this](KeptFile&) { return std::exchange(changed, false); };
     means.figures = [this](const std::string& mountPoint) -> std::optional<VolumeFigures> {
       asked.push_back(mountPoint);
+      if (onFigures) onFigures();
       const auto found = figures.find(mountPoint);
       return found == figures.end() ? std::nullopt : std::optional(found->second);
     };
     means.label = [this](const MountedVolume& volume) {
       ++labelsAsked;
+      if (onFacts) onFacts();
       return labels[volume.mount.mountPoint];
     };
     means.icon = [this](const std::string& mountPoint) {
       ++iconsAsked;
+      if (onFacts) onFacts();
       return icons[mountPoint];
     };
+    means.identity = [this](const MountedVolume& volume) {
+      ++identitiesAsked;
+      if (onFacts) onFacts();
+      return identities[volume.mount.mountPoint];
+    };
     means.computerName = [this] { return computerName; };
+    means.now = [this] { return now; };
     means.threads = threads;
+    means.patience = 0ms;
     volumes = std::make_unique<LinuxVolumes>(LinuxRoots{.proc = folder.path()}, std::move(means));
   }
 
@@ -65,10 +82,13 @@ struct LinuxVolumesTest : ::testing::Test {
   bool changed = false;
   std::map<std::string, VolumeFigures> figures = {{"/", {4096, 100, 40}}, {"/a", {512, 10, 5}}};
   Paths asked;
+  std::function<void()> onFigures, onFacts;  ///< while somebody is asked
   std::map<std::string, std::optional<std::string>> labels;
   std::map<std::string, std::shared_ptr<const Image>> icons;
+  std::map<std::string, std::string> identities;
   std::optional<std::string> computerName = "Ada's computer";
-  int labelsAsked = 0, iconsAsked = 0;
+  std::chrono::steady_clock::time_point now;
+  int labelsAsked = 0, iconsAsked = 0, identitiesAsked = 0;
   std::unique_ptr<LinuxVolumes> volumes;
 };
 
@@ -151,7 +171,8 @@ TEST_F(LinuxVolumesTest, ADeadOneIsLeftOutUntilItHasFiguresAndKeepsThemThen) {
   table("1 0 8:1 / / rw - ext4 /dev/a rw\n2 1 8:2 / /a rw - fuseblk /dev/b rw\n");
   threads->dead = true;
   EXPECT_EQ(told(), Paths{"/"});
-  table("1 0 8:1 / / rw - ext4 /dev/a rw\n5 1 8:2 / /a rw - fuseblk /dev/b rw\n");
+  identities["/a"] = "another";
+  changed = true;
   threads->dead = false;
   EXPECT_EQ(told(), (Paths{"/", "/a"}));
   threads->dead = true;
@@ -195,6 +216,7 @@ TEST_F(LinuxVolumesTest, WhatIsNoVolumeHasNeitherNameNorPicture) {
 
 TEST_F(LinuxVolumesTest, NamesAndPicturesAreAskedAgainOnlyWhenTheTableChanged) {
   table(rootAndStick);
+  labels["/"] = "System";
   const auto picture = std::make_shared<const Image>(Image{"drive-harddisk", "", nullptr});
   icons["/"] = picture;
   for (int round = 0; round < 3; ++round) {
@@ -211,6 +233,136 @@ TEST_F(LinuxVolumesTest, NamesAndPicturesAreAskedAgainOnlyWhenTheTableChanged) {
   volumes->name("/");
   EXPECT_EQ(labelsAsked, 2);
   EXPECT_EQ(iconsAsked, 3);
+}
+
+TEST_F(LinuxVolumesTest, ALabelThatComesLateIsTheNameThen) {
+  table(rootAndStick);
+  told();
+  EXPECT_EQ(volumes->name("/a"), "a");
+  labels["/a"] = "Stick";
+  now += 1s - 1ns;
+  EXPECT_EQ(volumes->name("/a"), "a");
+  now += 1ns;
+  EXPECT_EQ(volumes->name("/a"), "Stick");
+}
+
+TEST_F(LinuxVolumesTest, ALabelIsAskedForAgainEverMoreSeldomAndInTheFirstMinuteOnly) {
+  table(rootAndStick);
+  told();
+  std::vector<int> seconds;
+  for (int second = 0; second < 600; ++second, now += 1s) {
+    const int before = labelsAsked;
+    volumes->name("/a");
+    if (labelsAsked > before) seconds.push_back(second);
+  }
+  EXPECT_EQ(seconds, (std::vector<int>{0, 1, 3, 7, 15, 31, 63}));
+}
+
+TEST_F(LinuxVolumesTest, OneWithALabelIsNotAskedForItAgain) {
+  table(rootAndStick);
+  labels["/a"] = "Stick";
+  told();
+  for (int second = 0; second < 100; ++second, now += 1s) volumes->name("/a");
+  EXPECT_EQ(labelsAsked, 1);
+}
+
+TEST_F(LinuxVolumesTest, AChangedTableHasEveryLabelAskedForAgain) {
+  table(rootAndStick);
+  told();
+  volumes->name("/a");
+  now += 1h;
+  volumes->name("/a");
+  const int before = labelsAsked;
+  changed = true;
+  told();
+  labels["/a"] = "Stick";
+  EXPECT_EQ(volumes->name("/a"), "Stick");
+  EXPECT_EQ(labelsAsked, before + 1);
+}
+
+TEST_F(LinuxVolumesTest, AVolumeThatTookAnothersPlaceHasItsOwnNamePictureAndIdentity) {
+  table(rootAndStick);
+  labels["/a"] = "One";
+  icons["/a"] = std::make_shared<const Image>(Image{"one", "", nullptr});
+  identities["/a"] = "1";
+  EXPECT_EQ(volumes->mounts(types)[1].identity, "1");
+  volumes->name("/a");
+  volumes->icon("/a");
+  labels["/a"] = "Two";
+  icons["/a"] = std::make_shared<const Image>(Image{"two", "", nullptr});
+  identities["/a"] = "2";
+  changed = true;  // though not a letter of the table did
+  EXPECT_EQ(volumes->mounts(types)[1].identity, "2");
+  EXPECT_EQ(volumes->name("/a"), "Two");
+  EXPECT_EQ(volumes->icon("/a")->name, "two");
+}
+
+TEST_F(LinuxVolumesTest, IdentitiesAreAskedAgainOnlyWhenTheTableChanged) {
+  table(rootAndStick);
+  told();
+  told();
+  EXPECT_EQ(identitiesAsked, 2);
+  changed = true;
+  told();
+  EXPECT_EQ(identitiesAsked, 4);
+}
+
+TEST_F(LinuxVolumesTest, ADeadOneThatTookAnothersPlaceDoesNotHaveItsFigures) {
+  table("1 0 8:1 / / rw - ext4 /dev/a rw\n2 1 8:2 / /a rw - fuseblk /dev/b rw\n");
+  identities["/a"] = "1";
+  EXPECT_EQ(told(), (Paths{"/", "/a"}));
+  threads->dead = true;
+  identities["/a"] = "2";
+  changed = true;
+  EXPECT_EQ(told(), Paths{"/"});
+}
+
+/// While somebody is asked, does what others may: on a thread of its own, and not for ever.
+struct LinuxVolumesMeanwhile : LinuxVolumesTest {
+  void letOthersIn() {
+    std::promise<void> done;
+    std::thread other([&] {
+      EXPECT_EQ(volumes->localPaths(types), (Paths{"/", "/a"}));
+      EXPECT_TRUE(volumes->name("/"));
+      volumes->space("/");
+      done.set_value();
+    });
+    EXPECT_EQ(done.get_future().wait_for(10s), std::future_status::ready);
+    other.join();
+    ++letIn;
+  }
+  int letIn = 0;
+};
+
+TEST_F(LinuxVolumesMeanwhile, NobodyWaitsForAVolumesFigures) {
+  table(rootAndStick);
+  told();
+  volumes->name("/");
+  onFigures = [this] { letOthersIn(); };
+  told();
+  EXPECT_EQ(letIn, 2);
+}
+
+TEST_F(LinuxVolumesMeanwhile, NobodyWaitsForThoseThatMayHang) {
+  table("1 0 8:1 / / rw - ext4 /dev/a rw\n2 1 8:2 / /a rw - fuseblk /dev/b rw\n");
+  told();
+  volumes->name("/");
+  threads->before = [this] { letOthersIn(); };
+  told();
+  EXPECT_EQ(letIn, 1);
+}
+
+TEST_F(LinuxVolumesMeanwhile, NobodyWaitsForALabelAPictureOrAnIdentity) {
+  table(rootAndStick);
+  volumes->localPaths(types);
+  volumes->name("/");
+  onFacts = [this] { letOthersIn(); };
+  told();
+  EXPECT_EQ(letIn, 2);
+  volumes->name("/a");
+  EXPECT_EQ(letIn, 3);
+  volumes->icon("/a");
+  EXPECT_EQ(letIn, 4);
 }
 
 TEST_F(LinuxVolumesTest, LocalPathsAskNoVolume) {

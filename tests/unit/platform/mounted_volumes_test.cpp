@@ -144,6 +144,18 @@ TEST(MountedVolumes, ATableThatGoesInCirclesEnds) {
       "3 3 8:3 / / rw - ext4 /dev/c rw\n");
 }
 
+TEST(MountedVolumes, OfOneSourceAreSeveralWhereTheirNumbersDiffer) {
+  EXPECT_EQ(pathsIn(root + "2 1 0:40 / /a rw - fuseblk same rw\n"
+                           "3 1 0:41 / /b rw - fuseblk same rw\n"),
+            (Paths{"/a", "/b"}));
+}
+
+TEST(MountedVolumes, TheirBindMountsAreTheSameVolumeWhateverTheSource) {
+  EXPECT_EQ(pathsIn(root + "2 1 0:40 / /long rw - fuseblk /dev/a rw\n"
+                           "3 1 0:40 / /b ro - fuseblk none rw\n"),
+            Paths{"/b"});
+}
+
 bool mayHang(const std::string& table) {
   return volumesIn(parseMountinfo(table), types).back().mayHang;
 }
@@ -162,6 +174,18 @@ TEST(MountedVolumes, ThoseBehindAServedFileSystemMayHangToo) {
         << type;
   EXPECT_FALSE(mayHang(root + "2 1 0:9 / /far rw - nfs source rw\n"
                               "3 1 8:1 / /disk rw - ext4 /dev/a rw\n"));
+}
+
+TEST(MountedVolumes, TheWayMayHangWhereItLeadsThroughAServedFileSystem) {
+  const auto wayMayHang = [](const std::string& table) {
+    return volumesIn(parseMountinfo(table), types).back().wayMayHang;
+  };
+  EXPECT_FALSE(wayMayHang(root + "2 1 8:1 / /a rw - fuseblk /dev/a rw\n"));
+  EXPECT_FALSE(wayMayHang(root + "2 1 8:1 / /a rw - ext4 /dev/a rw\n"));
+  EXPECT_TRUE(wayMayHang(root + "2 1 0:9 / /far rw - nfs source rw\n"
+                                "3 2 8:1 / /far/disk rw - ext4 /dev/a rw\n"));
+  EXPECT_TRUE(wayMayHang(root + "2 1 0:9 / /far rw - nfs source rw\n"
+                                "3 2 8:1 / /far/disk rw - fuseblk /dev/a rw\n"));
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <deque>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -45,23 +47,29 @@ struct ServedVolumesTest : ::testing::Test {
       return VolumeFigures{512, 100, available};
     };
     means.threads = threads;
-    means.patience = 1ms;
+    means.patience = 200ms;
     means.mostThreads = 3;
+    means.now = [this] { return now; };
+    means.wait = [this](auto&, auto& lock, auto until) {
+      ++waits;
+      lock.unlock();
+      if (meanwhile) {
+        std::exchange(meanwhile, nullptr)();
+      } else {
+        now = until;
+      }
+      lock.lock();
+    };
     served = std::make_unique<ServedVolumes>(std::move(means));
   }
 
-  static Mount mountAt(std::string mountPoint, std::uint64_t id = 1) {
-    Mount mount;
-    mount.mountPoint = std::move(mountPoint);
-    mount.id = id;
-    return mount;
-  }
-
   /// Blocks that are available by what the volumes told; -1 for one without figures.
-  std::vector<int> told(const std::vector<const Mount*>& volumes) {
+  std::vector<int> told(const std::vector<VolumeKey>& volumes) {
+    const auto begin = now;
     std::vector<int> blocks;
     for (const auto& figures : served->figures(volumes))
       blocks.push_back(figures ? static_cast<int>(figures->availableBlocks) : -1);
+    waited = now - begin;
     return blocks;
   }
 
@@ -69,16 +77,20 @@ struct ServedVolumesTest : ::testing::Test {
   std::uint64_t available = 40;
   bool fails = false;
   std::vector<std::string> order;
+  ServedVolumes::Clock::time_point now;
+  int waits = 0;
+  std::function<void()> meanwhile;        ///< once, in place of the time that passes
+  ServedVolumes::Clock::duration waited;  ///< by the latest `told`
   std::unique_ptr<ServedVolumes> served;
-  const Mount a = mountAt("/a"), b = mountAt("/b"), c = mountAt("/c"), d = mountAt("/d");
+  const VolumeKey a{"/a"}, b{"/b"}, c{"/c"}, d{"/d"}, e{"/e"};
 };
 
 using Blocks = std::vector<int>;
 
 TEST_F(ServedVolumesTest, ThoseThatAnswerAreAskedAnewEachTime) {
-  EXPECT_EQ(told({&a}), Blocks{40});
+  EXPECT_EQ(told({a}), Blocks{40});
   available = 39;
-  EXPECT_EQ(told({&a}), Blocks{39});
+  EXPECT_EQ(told({a}), Blocks{39});
   EXPECT_EQ(threads->asked, 2);
 }
 
@@ -89,104 +101,221 @@ TEST_F(ServedVolumesTest, NoneTakeNoThread) {
 
 TEST_F(ServedVolumesTest, OneThatDoesNotAnswerHasNoFiguresUntilItDoes) {
   threads->holds = true;
-  EXPECT_EQ(told({&a}), Blocks{-1});
+  EXPECT_EQ(told({a}), Blocks{-1});
   threads->runOne();
-  EXPECT_EQ(told({&a}), Blocks{40});
+  EXPECT_EQ(told({a}), Blocks{40});
 }
 
 TEST_F(ServedVolumesTest, OneThatAnswersNoMoreKeepsItsLastFigures) {
-  told({&a});
+  told({a});
   threads->holds = true;
   available = 39;
-  EXPECT_EQ(told({&a}), Blocks{40});
-  EXPECT_EQ(told({&a}), Blocks{40});
+  EXPECT_EQ(told({a}), Blocks{40});
+  EXPECT_EQ(told({a}), Blocks{40});
 }
 
 TEST_F(ServedVolumesTest, OneThatRefusesKeepsItsLastFiguresToo) {
   fails = true;
-  EXPECT_EQ(told({&a}), Blocks{-1});
+  EXPECT_EQ(told({a}), Blocks{-1});
   fails = false;
-  told({&a});
+  told({a});
   fails = true;
-  EXPECT_EQ(told({&a}), Blocks{40});
+  EXPECT_EQ(told({a}), Blocks{40});
 }
 
 TEST_F(ServedVolumesTest, OneCallToAVolumeIsUnderWayAtATime) {
   threads->holds = true;
-  told({&a});
-  told({&a});
-  told({&a});
+  told({a});
+  told({a});
+  told({a});
   EXPECT_EQ(threads->asked, 1);
   threads->runOne();
-  told({&a});
+  told({a});
   EXPECT_EQ(threads->asked, 2);
 }
 
 TEST_F(ServedVolumesTest, ADeadOneDoesNotKeepOthersFromBeingAsked) {
   threads->holds = true;
-  told({&a});
+  told({a});
   threads->holds = false;
-  EXPECT_EQ(told({&a, &b}), (Blocks{-1, 40}));
+  EXPECT_EQ(told({a, b}), (Blocks{-1, 40}));
 }
 
 TEST_F(ServedVolumesTest, ThreadsAreBoundedWhateverDies) {
   threads->holds = true;
-  told({&a, &b, &c, &d});
-  told({&a, &b, &c, &d});
+  told({a, b, c, d});
+  told({a, b, c, d});
   EXPECT_EQ(threads->asked, 3);
   threads->runOne();
-  told({&a, &b, &c, &d});
+  told({a, b, c, d});
   EXPECT_EQ(threads->asked, 4);
 }
 
 TEST_F(ServedVolumesTest, ThreadsOfVolumesThatAreGoneCountUntilTheyEnd) {
   threads->holds = true;
-  for (std::uint64_t id = 1; id <= 9; ++id) {
-    const auto mount = mountAt("/a", id);
-    told({&mount});
-  }
+  for (int mount = 1; mount <= 9; ++mount) told({VolumeKey("/a", std::to_string(mount))});
   EXPECT_EQ(threads->asked, 3);
 }
 
-TEST_F(ServedVolumesTest, AnotherMountAtTheSamePlaceDoesNotInheritFigures) {
-  told({&a});
+TEST_F(ServedVolumesTest, AnotherVolumeAtTheSamePlaceDoesNotInheritFigures) {
+  told({VolumeKey("/a", "1")});
   threads->holds = true;
-  auto other = a;
-  other.id = 2;
-  EXPECT_EQ(told({&other}), Blocks{-1});
-  auto device = a;
-  device.device = {8, 1};
-  EXPECT_EQ(told({&device}), Blocks{-1});
+  EXPECT_EQ(told({VolumeKey("/a", "2")}), Blocks{-1});
 }
 
 TEST_F(ServedVolumesTest, OneThatWasGoneBeginsAnew) {
-  told({&a});
+  told({a});
   told({});
-  told({&b});
+  told({b});
   threads->holds = true;
-  EXPECT_EQ(told({&a}), Blocks{-1});
+  EXPECT_EQ(told({a}), Blocks{-1});
 }
 
 TEST_F(ServedVolumesTest, WithoutAThreadThereIsNoAnswerThisTime) {
   threads->refuses = true;
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(told({&a}), Blocks{-1});
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(told({a}), Blocks{-1});
   EXPECT_EQ(threads->asked, 5);
   EXPECT_TRUE(order.empty());
   threads->refuses = false;
-  EXPECT_EQ(told({&a}), Blocks{40});
+  EXPECT_EQ(told({a}), Blocks{40});
 }
 
 TEST_F(ServedVolumesTest, AnAnswerMayComeWhenNobodyIsThere) {
   threads->holds = true;
-  told({&a});
+  told({a});
   served.reset();
   threads->runOne();
 }
 
 TEST_F(ServedVolumesTest, AllAreAskedBeforeAnyIsWaitedFor) {
   threads->holds = true;
-  told({&a, &b});
-  EXPECT_EQ(threads->held.size(), 2u);
+  meanwhile = [this] { EXPECT_EQ(threads->held.size(), 2u); };
+  told({a, b});
+  EXPECT_EQ(waits, 2);
+}
+
+TEST_F(ServedVolumesTest, ThoseThatAnswerAreNotWaitedForAnyLonger) {
+  threads->holds = true;
+  meanwhile = [this] {
+    now += 3ms;
+    threads->runOne();
+    threads->runOne();
+  };
+  EXPECT_EQ(told({a, b}), (Blocks{40, 40}));
+  EXPECT_EQ(waited, 3ms);
+}
+
+TEST_F(ServedVolumesTest, OneThatAnswersIsToldOfThoughAnotherDoesNot) {
+  threads->holds = true;
+  meanwhile = [this] { threads->runOne(); };
+  EXPECT_EQ(told({a, b}), (Blocks{40, -1}));
+  EXPECT_EQ(waited, 200ms);
+}
+
+TEST_F(ServedVolumesTest, TwoThatDoNotAnswerCostThePatienceOnceAndNothingAfterwards) {
+  threads->holds = true;
+  told({a, b});
+  EXPECT_EQ(waited, 200ms);
+  for (int tick = 0; tick < 5; ++tick) {
+    told({a, b});
+    EXPECT_EQ(waited, 0ms);
+    now += tick * 1s;
+  }
+}
+
+TEST_F(ServedVolumesTest, ANewOneIsWaitedForBesideThoseThatDoNotAnswer) {
+  threads->holds = true;
+  told({a, b});
+  meanwhile = [this] {
+    EXPECT_EQ(threads->held.size(), 3u);
+    now += 50ms;
+    threads->held.back()();
+    threads->held.pop_back();
+  };
+  EXPECT_EQ(told({a, b, c}), (Blocks{-1, -1, 40}));
+  EXPECT_EQ(waited, 50ms);
+}
+
+TEST_F(ServedVolumesTest, OneThatIsAlwaysLateIsWaitedForOnce) {
+  threads->holds = true;
+  told({a});
+  for (std::uint64_t tick = 1; tick < 4; ++tick) {
+    now += 1s;
+    available = tick;
+    threads->runOne();
+    EXPECT_EQ(told({a}), Blocks{static_cast<int>(tick)});
+    EXPECT_EQ(waited, 0ms);
+    EXPECT_EQ(threads->held.size(), 1u);  // it is asked all the same
+  }
+}
+
+TEST_F(ServedVolumesTest, OneThatIsInTimeAgainIsWaitedForAgain) {
+  threads->holds = true;
+  told({a});
+  now += 1s;
+  threads->runOne();
+  told({a});
+  now += 200ms;
+  threads->runOne();
+  told({a});
+  EXPECT_EQ(waited, 200ms);
+}
+
+TEST_F(ServedVolumesTest, ASecondCallerWaitsForTheFirstOnesCallAndAsksNothing) {
+  threads->holds = true;
+  Blocks others;
+  meanwhile = [&] {
+    meanwhile = [&] { threads->runOne(); };
+    others = told({a});
+  };
+  EXPECT_EQ(told({a}), Blocks{40});
+  EXPECT_EQ(others, Blocks{40});
+  EXPECT_EQ(threads->asked, 1);
+}
+
+TEST_F(ServedVolumesTest, MoreThanThereAreThreadsForAreAskedAsThreadsComeFree) {
+  EXPECT_EQ(told({a, b, c, d, e}), (Blocks{40, 40, 40, 40, 40}));
+  threads->holds = true;
+  available = 39;
+  meanwhile = [this] {
+    for (int i = 0; i < 3; ++i) threads->runOne();
+    threads->holds = false;
+  };
+  EXPECT_EQ(told({a, b, c, d, e}), (Blocks{39, 39, 39, 39, 39}));
+}
+
+TEST_F(ServedVolumesTest, ThoseThatGotNoThreadAreAskedFirstTheNextTime) {
+  threads->holds = true;
+  told({a, b, c, d, e});
+  now += 1s;
+  for (int i = 0; i < 3; ++i) threads->runOne();
+  order.clear();
+  threads->holds = false;
+  told({a, b, c, d, e});
+  EXPECT_EQ(order, (std::vector<std::string>{"/d", "/e", "/a", "/b", "/c"}));
+}
+
+TEST_F(ServedVolumesTest, WhereAllThreadsAreHeldUpNobodyIsWaitedFor) {
+  threads->holds = true;
+  told({a, b, c});
+  EXPECT_EQ(told({a, b, c, d}), (Blocks{-1, -1, -1, -1}));
+  EXPECT_EQ(waited, 0ms);
+}
+
+TEST_F(ServedVolumesTest, OneThatIsNamedTwiceIsAskedOnce) {
+  EXPECT_EQ(told({a, a}), (Blocks{40, 40}));
+  EXPECT_EQ(threads->asked, 1);
+}
+
+TEST(ServedVolumesClock, WaitsForWhoAnswersOnAThread) {
+  ServedVolumes served({.ask =
+                            [](const std::string&) {
+                              return VolumeFigures{1, 2, 3};
+                            },
+                        .patience = std::chrono::minutes(1)});
+  const auto figures = served.figures({VolumeKey("/a")});
+  ASSERT_TRUE(figures[0]);
+  EXPECT_EQ(figures[0]->availableBlocks, 3u);
 }
 
 }  // namespace

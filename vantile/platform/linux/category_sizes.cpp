@@ -22,7 +22,7 @@
 namespace vantile {
 namespace {
 
-using Figures = std::map<std::string, UsageSums, std::less<>>;
+using Figures = std::map<VolumeKey, UsageSums>;
 
 // Where each kind stands in the list, in the order of `UsageKind`.
 constexpr std::array<std::size_t, usageKinds> places = {7, 6, 9, 12};
@@ -32,6 +32,32 @@ CategorySizes sizesOf(const UsageSums& bytes) {
   Array list(listLength, Value(std::uint64_t{0}));
   for (std::size_t kind = 0; kind < usageKinds; ++kind) list[places[kind]] = Value(bytes[kind]);
   return {.sizes = std::move(list)};
+}
+
+/// Has the accounting count `list` in place of `before`. It knows volumes by mount point: one that
+/// took another's place is a new one to it.
+void replaceWanted(UsageAccounting& accounting, const std::vector<VolumeKey>& before,
+                   const std::vector<VolumeKey>& list) {
+  std::vector<std::string> kept, all;
+  for (const auto& volume : list) {
+    const auto isThere = [&](const VolumeKey& each) {
+      return each.mountPoint == volume.mountPoint;
+    };
+    const auto known = std::find_if(before.begin(), before.end(), isThere);
+    if (known != before.end() && *known == volume) kept.push_back(volume.mountPoint);
+    all.push_back(volume.mountPoint);
+  }
+  if (kept.size() < all.size()) accounting.want(kept);
+  accounting.want(all);
+}
+
+Figures figuresOf(const UsageAccounting& accounting, const std::vector<VolumeKey>& volumes) {
+  const auto known = accounting.figures();
+  Figures figures;
+  for (const auto& volume : volumes)
+    if (const auto found = known.find(volume.mountPoint); found != known.end())
+      figures.emplace(volume, found->second);
+  return figures;
 }
 
 /// The path without links, as the mount table has it; a missing folder's own.
@@ -88,10 +114,14 @@ struct LinuxVolumeCategories::Shared {
     UsageAccounting accounting(means());
     const std::function<bool()> isStopped = [this] { return isOver || !wanted.isEmpty(); };
     Figures told;
+    std::vector<VolumeKey> counted;
     while (!isOver) {
-      if (const auto list = wanted.take()) accounting.want(*list);
+      if (const auto list = wanted.take()) {
+        replaceWanted(accounting, counted, *list);
+        counted = *list;
+      }
       const auto rest = accounting.turn(isStopped);
-      if (auto present = accounting.figures(); present != told) {
+      if (auto present = figuresOf(accounting, counted); present != told) {
         told = present;
         figures.put(std::move(present));
       }
@@ -102,7 +132,7 @@ struct LinuxVolumeCategories::Shared {
 
   const Descriptor wakeup;
   std::atomic<bool> isOver = false;
-  Mailbox<std::vector<std::string>> wanted;
+  Mailbox<std::vector<VolumeKey>> wanted;
   Mailbox<Figures> figures;
 };
 
@@ -115,30 +145,30 @@ LinuxVolumeCategories::~LinuxVolumeCategories() {
   want({});
 }
 
-std::optional<CategorySizes> LinuxVolumeCategories::of(std::string_view mountPoint) {
+std::optional<CategorySizes> LinuxVolumeCategories::of(const VolumeKey& volume) {
   if (!shared_ && !wanted_.empty()) start();  // where there was no thread to be had
   if (const auto latest = shared_ ? shared_->figures.take() : nullptr)
     figures_ = std::move(*latest);
-  const bool isWanted = std::find(wanted_.begin(), wanted_.end(), mountPoint) != wanted_.end();
-  const auto found = figures_.find(mountPoint);
+  const bool isWanted = std::find(wanted_.begin(), wanted_.end(), volume) != wanted_.end();
+  const auto found = figures_.find(volume);
   if (!isWanted || found == figures_.end()) return std::nullopt;
   return sizesOf(found->second);
 }
 
-void LinuxVolumeCategories::want(const std::vector<std::string>& mountPoints) {
+void LinuxVolumeCategories::want(const std::vector<VolumeKey>& volumes) {
   // A list that says nothing new must not interrupt what is under way.
-  if (mountPoints == wanted_ && (shared_ || mountPoints.empty())) return;
-  wanted_ = mountPoints;
+  if (volumes == wanted_ && (shared_ || volumes.empty())) return;
+  wanted_ = volumes;
   std::erase_if(figures_, [this](const auto& each) {
     return std::find(wanted_.begin(), wanted_.end(), each.first) == wanted_.end();
   });
-  if (mountPoints.empty() && shared_) {
+  if (volumes.empty() && shared_) {
     shared_->isOver = true;
     std::exchange(shared_, nullptr)->wake();
   } else if (shared_) {
-    shared_->wanted.put(mountPoints);
+    shared_->wanted.put(volumes);
     shared_->wake();
-  } else if (!mountPoints.empty()) {
+  } else if (!volumes.empty()) {
     start();
   }
 }

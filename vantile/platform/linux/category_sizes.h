@@ -3,8 +3,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "vantile/platform/category_sizes.h"
@@ -28,8 +26,8 @@ class LinuxVolumeCategories final : public VolumeCategories {
   explicit LinuxVolumeCategories(Means means);
   ~LinuxVolumeCategories() override;
 
-  std::optional<CategorySizes> of(std::string_view mountPoint) override;
-  void want(const std::vector<std::string>& mountPoints) override;
+  std::optional<CategorySizes> of(const VolumeKey& volume) override;
+  void want(const std::vector<VolumeKey>& volumes) override;
 
  private:
   struct Shared;
@@ -37,8 +35,8 @@ class LinuxVolumeCategories final : public VolumeCategories {
   void start();
 
   const Means means_;
-  std::vector<std::string> wanted_;
-  std::map<std::string, UsageSums, std::less<>> figures_;
+  std::vector<VolumeKey> wanted_;
+  std::map<VolumeKey, UsageSums> figures_;
   std::shared_ptr<Shared> shared_;  // with the thread; null while there is none
 };
 

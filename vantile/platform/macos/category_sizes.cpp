@@ -21,11 +21,11 @@ Array entriesOf(CFArrayRef items) {
 
 class MacosVolumeCategories final : public VolumeCategories {
  public:
-  std::optional<CategorySizes> of(std::string_view mountPoint) override {
-    return unlessRaised([mountPoint]() -> std::optional<CategorySizes> {
+  std::optional<CategorySizes> of(const VolumeKey& volume) override {
+    return unlessRaised([&path = volume.mountPoint]() -> std::optional<CategorySizes> {
       const Owned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
-          nullptr, reinterpret_cast<const UInt8*>(mountPoint.data()),
-          static_cast<CFIndex>(mountPoint.size()), true));
+          nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()),
+          true));
       const Owned<MDItemRef> item(url ? ::MDItemCreateWithURL(nullptr, url.get()) : nullptr);
       if (!item) return std::nullopt;
       const auto name = stringOf("kMDStoreAccumulatedSizes");
@@ -37,7 +37,7 @@ class MacosVolumeCategories final : public VolumeCategories {
     });
   }
 
-  void want(const std::vector<std::string>&) override {}
+  void want(const std::vector<VolumeKey>&) override {}
 };
 
 }  // namespace

@@ -86,25 +86,32 @@ bool isBetter(const Mount& mount, const Mount& other) {
 
 std::vector<MountedVolume> volumesIn(std::vector<Mount> mounts,
                                      std::span<const std::string_view> types) {
+  struct Place {
+    std::size_t row = 0;  // of the table
+    bool mayHang = false, wayMayHang = false;
+  };
   const MountTree tree(mounts);
-  std::map<DeviceNumber, std::pair<std::size_t, bool>> best;  // places in the table
-  for (std::size_t place = 0; place < mounts.size(); ++place) {
-    const auto& mount = mounts[place];
+  std::map<DeviceNumber, Place> best;
+  for (std::size_t row = 0; row < mounts.size(); ++row) {
+    const auto& mount = mounts[row];
     if (std::ranges::find(types, mount.type) == types.end() || !isWhole(mount)) continue;
-    const auto way = tree.way(mount.mountPoint);
+    auto way = tree.way(mount.mountPoint);
     if (way.empty() || way.back() != &mount) continue;
-    const bool mayHang = std::ranges::any_of(way, [](auto* each) { return isServed(each->type); });
-    const auto [known, isNew] = best.try_emplace(mount.device, place, mayHang);
-    if (!isNew && isBetter(mount, mounts[known->second.first])) known->second = {place, mayHang};
+    way.pop_back();
+    const bool wayMayHang =
+        std::ranges::any_of(way, [](auto* each) { return isServed(each->type); });
+    const Place place = {row, wayMayHang || isServed(mount.type), wayMayHang};
+    const auto [known, isNew] = best.try_emplace(mount.device, place);
+    if (!isNew && isBetter(mount, mounts[known->second.row])) known->second = place;
   }
-  std::vector<std::pair<std::size_t, bool>> places;
+  std::vector<Place> places;
   places.reserve(best.size());
   for (const auto& [device, place] : best) places.push_back(place);
-  std::ranges::sort(places);
+  std::ranges::sort(places, {}, &Place::row);
   std::vector<MountedVolume> volumes;
   volumes.reserve(places.size());
-  for (const auto& [place, mayHang] : places)
-    volumes.push_back({std::move(mounts[place]), mayHang});
+  for (const auto& [row, mayHang, wayMayHang] : places)
+    volumes.push_back({std::move(mounts[row]), mayHang, wayMayHang});
   return volumes;
 }
 
