@@ -3,6 +3,7 @@
 #include "vantile/disk/disk.h"
 #include "vantile/disk/disk_ports.h"
 #include "vantile/disk/volume_types.h"
+#include "vantile/foundation/guard.h"
 #include "vantile/utility/strings.h"
 
 namespace vantile {
@@ -10,24 +11,36 @@ namespace {
 
 using Figure = std::optional<std::uint64_t> FileSystemSpace::*;
 
+/// What is wrong with the system is a figure that it does not tell.
+template <class Ask>
+auto asked(Ask ask) {
+  decltype(ask(DiskPorts::installed())) answer = {};
+  guarded("a query of space", [&] { answer = ask(DiskPorts::installed()); });
+  return answer;
+}
+
 std::uint64_t homeFigure(Figure figure) {
-  const auto& ports = DiskPorts::installed();
-  return (ports.volumes->space(ports.folders->home()).*figure).value_or(0);
+  return asked([figure](const DiskPorts& ports) {
+           return ports.volumes->space(ports.folders->home()).*figure;
+         })
+      .value_or(0);
 }
 
 /// The mount point, or nothing where there is no such volume.
 std::optional<std::string> bootCamp() {
-  const auto& ports = DiskPorts::installed();
-  const auto paths = ports.volumes->localPaths(volumeTypes(*ports.volumes));
-  const auto found = std::ranges::find_if(
-      paths, [](const std::string& path) { return startWithString(path, "/Volumes/BOOTCAMP"); });
-  return found == paths.end() ? std::nullopt : std::optional(*found);
+  return asked([](const DiskPorts& ports) -> std::optional<std::string> {
+    const auto paths = ports.volumes->localPaths(volumeTypes(*ports.volumes));
+    const auto found = std::ranges::find_if(
+        paths, [](const std::string& path) { return startWithString(path, "/Volumes/BOOTCAMP"); });
+    return found == paths.end() ? std::nullopt : std::optional(*found);
+  });
 }
 
 std::optional<std::uint64_t> bootCampFigure(Figure figure) {
   const auto path = bootCamp();
   if (!path) return std::nullopt;
-  return (DiskPorts::installed().volumes->space(*path).*figure).value_or(0);
+  return asked([&](const DiskPorts& ports) { return ports.volumes->space(*path).*figure; })
+      .value_or(0);
 }
 
 std::optional<std::string> shown(std::optional<std::uint64_t> bytes) {

@@ -2,7 +2,10 @@
 
 #include <limits>
 #include <locale>
+#include <new>
+#include <system_error>
 
+#include "fakes/recorded_log.h"
 #include "unit/disk/disk_fixture.h"
 
 namespace vantile {
@@ -55,10 +58,36 @@ TEST_F(DiskSpace, UsedIsNeverClamped) {
   EXPECT_EQ(KVDDisk::usedDiskSpaceInBytes(), std::numeric_limits<std::uint64_t>::max());
 }
 
-TEST_F(DiskSpace, NeedsNoMonitor) {
-  KVDDisk::totalDiskSpace();
-  KVDDisk::totalBootCampSpace();
+TEST_F(DiskSpace, NeedsNoMonitorAndMakesNone) {
+  volumes.spaces["/users/ada"].size = 1'000'000;
+  volumes.paths = {"/Volumes/BOOTCAMP"};
+  volumes.spaces["/Volumes/BOOTCAMP"].size = 2'000'000;
+  EXPECT_EQ(KVDDisk::totalDiskSpace(), "1.00 MB");
+  EXPECT_EQ(KVDDisk::totalBootCampSpace(), "2.00 MB");
+  EXPECT_EQ(categories.storesMade, 0);
+  loop.advance(std::chrono::seconds(3));
   EXPECT_EQ(volumes.tableReads, 0);
+}
+
+TEST_F(DiskSpace, WhatGoesWrongIsALogLineAndAFigureThatIsNotTold) {
+  const testing::RecordedLog log;
+  volumes.paths = {"/Volumes/BOOTCAMP"};
+  volumes.onSpace = [] { throw std::bad_alloc(); };
+  EXPECT_EQ(KVDDisk::totalDiskSpaceInBytes(), 0u);
+  EXPECT_EQ(KVDDisk::freeDiskSpace(), "0.00 bytes");
+  EXPECT_EQ(KVDDisk::totalBootCampSpace(), "0.00 bytes");
+  EXPECT_EQ(log.lines.size(), 3u);
+  EXPECT_EQ(log.lines[0], "a query of space threw: std::bad_alloc");
+}
+
+TEST_F(DiskSpace, VolumesThatCantBeListedAreNone) {
+  const testing::RecordedLog log;
+  volumes.onPaths = [] {
+    throw std::system_error(std::make_error_code(std::errc::not_enough_memory));
+  };
+  EXPECT_EQ(KVDDisk::totalBootCampDiskSpaceInBytes(), 0u);
+  EXPECT_EQ(KVDDisk::totalBootCampSpace(), std::nullopt);
+  EXPECT_EQ(log.lines.size(), 2u);
 }
 
 using BootCamp = testing::Disk;
