@@ -1,133 +1,29 @@
-// Volumes that come and go on this machine, against findmnt, df and stat. All of it happens in a
-// mount namespace of the test's own, which nobody else sees.
-
-#include "vantile/disk/disk.h"
+// Volumes that come and go on this machine, against findmnt, df and stat.
 
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/mount.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <cstring>
-#include <filesystem>
-#include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "vantile/platform/category_sizes.h"
 #include "vantile/platform/linux/kept_file.h"
-#include "vantile/platform/posix/files.h"
+#include "vantile/platform/linux/volume_identity.h"
 
-#include "fakes/temporary_folder.h"
-#include "live/command.h"
-#include "live/fuse_server.h"
+#include "live/disk_fixture.h"
 
 namespace vantile {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::LiveDisk;
+using testing::numbersOf;
 using testing::quoted;
 using testing::run;
-using Clock = std::chrono::steady_clock;
-using Row = std::shared_ptr<Dictionary>;
-
-/// A monitor whose samples a test asks for.
-class Sampled {
- public:
-  Sampled() {
-    delegate_->diskDetails = [this](const Array& volumes) {
-      rows.clear();
-      for (const auto& volume : volumes) rows.push_back(*volume.as<Row>());
-    };
-    monitor_->setDelegate(delegate_);
-    monitor_->setFreshInterval(0);
-  }
-  ~Sampled() { monitor_->setDelegate(nullptr); }
-  Sampled(const Sampled&) = delete;
-  Sampled& operator=(const Sampled&) = delete;
-
-  Clock::duration tick() {
-    const auto begin = Clock::now();
-    monitor_->updateInfo();
-    return Clock::now() - begin;
-  }
-  /// The volume at that mount point, as the last sample told of it; null for none.
-  Row at(const std::string& path) const {
-    for (const auto& row : rows)
-      if (*row->text("disk_path") == path) return row;
-    return nullptr;
-  }
-
-  std::vector<Row> rows;
-
- private:
-  std::shared_ptr<KVDDisk> monitor_ = KVDDisk::init();
-  std::shared_ptr<DiskDelegate> delegate_ = std::make_shared<DiskDelegate>();
-};
-
-/// Why this process has no mounts of its own; empty where it has.
-const std::string& refusedNamespace() {
-  static const std::string refused = [] {
-    if (::geteuid() != 0) return std::string("only root mounts");
-    if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr))
-      return std::string("no mount namespace: ") + std::strerror(errno);
-    return std::string();
-  }();
-  return refused;
-}
-
-struct LiveDisk : ::testing::Test {
-  void SetUp() override {
-    if (!refusedNamespace().empty()) GTEST_SKIP() << refusedNamespace();
-  }
-  void TearDown() override {
-    for (auto step = undo.rbegin(); step != undo.rend(); ++step) (*step)();
-  }
-
-  /// Makes a file system in a file; why not, where it can't.
-  std::string make(const std::string& image, const std::string& command) {
-    const auto made =
-        run("truncate -s 64M " + quoted(image) + " && " + command + " " + quoted(image));
-    return made.status == 0 ? "" : made.text;
-  }
-  /// Mounts what `arguments` say at the folder; why not, where it is refused.
-  std::string mount(const std::string& arguments, const std::string& at) {
-    const auto done = run("mount " + arguments + " " + quoted(at));
-    if (done.status != 0) return done.text;
-    undo.push_back([at] { ::umount2(at.c_str(), MNT_DETACH); });
-    return {};
-  }
-  /// Mounts an ext4 file system of that label; why not, where it is refused.
-  std::string mountExt4(const std::string& at, const std::string& label = {}) {
-    const auto image = folder.path("image" + std::to_string(++images));
-    const auto refused = make(image, "mkfs.ext4 -q -F -L " + quoted(label));
-    return refused.empty() ? mount("-o loop " + quoted(image), at) : refused;
-  }
-  /// The path of a loop device over a new file of 64 MiB; nothing where there is none.
-  std::string loopDevice() {
-    const auto image = folder.file("image" + std::to_string(++images));
-    const auto done =
-        run("truncate -s 64M " + quoted(image) + " && losetup -f --show " + quoted(image));
-    if (done.status != 0) return {};
-    const auto device = done.text.substr(0, done.text.find('\n'));
-    undo.push_back([device] { run("losetup -d " + device); });
-    return device;
-  }
-
-  const testing::TemporaryFolder folder;
-  std::vector<std::function<void()>> undo;
-  int images = 0;
-};
-
-std::vector<std::uint64_t> numbersOf(const std::string& command) {
-  std::istringstream text(run(command).text);
-  std::vector<std::uint64_t> numbers;
-  for (std::uint64_t number = 0; text >> number;) numbers.push_back(number);
-  return numbers;
-}
+using testing::Sampled;
 
 TEST_F(LiveDisk, AnExt4VolumeHasTheFiguresThatOthersTell) {
   const auto at = folder.folder("volume");
@@ -232,6 +128,87 @@ TEST_F(LiveDisk, VolumesComeAndGoBetweenSamples) {
   }
 }
 
+TEST_F(LiveDisk, AVolumeThatTookAnothersPlaceBetweenSamplesHasItsOwnName) {
+  const auto at = folder.folder("volume");
+  if (const auto refused = mountExt4(at, "One"); !refused.empty()) GTEST_SKIP() << refused;
+  Sampled disk;
+  disk.tick();
+  ASSERT_TRUE(disk.at(at));
+  EXPECT_EQ(*disk.at(at)->text("disk_name"), "One");
+  ASSERT_EQ(::umount(at.c_str()), 0);
+  ASSERT_EQ(mountExt4(at, "Two"), "");
+  disk.tick();
+  ASSERT_TRUE(disk.at(at));
+  EXPECT_EQ(*disk.at(at)->text("disk_name"), "Two");
+}
+
+TEST_F(LiveDisk, AVolumeThatTookAnothersPlaceBetweenSamplesDoesNotHaveItsKinds) {
+  const auto at = folder.folder("volume");
+  if (const auto refused = mountExt4(at); !refused.empty()) GTEST_SKIP() << refused;
+  run("dd if=/dev/urandom bs=1M count=3 conv=fsync of=" + quoted(at + "/film.mkv"));
+  const auto volume = [&] {
+    for (const auto& mount : systemVolumes()->mounts({"ext4"}))
+      if (mount.mountPoint == at) return VolumeKey(at, mount.identity);
+    return VolumeKey("");
+  };
+  const auto categories = makeVolumeCategories();
+  const auto movies = [&](const VolumeKey& of) {
+    categories->want({of});
+    auto known = categories->of(of);
+    for (; !known; known = categories->of(of)) std::this_thread::sleep_for(5ms);
+    return *(*known->sizes)[6].uint64();
+  };
+  const auto first = volume();
+  EXPECT_GE(movies(first), 3u << 20);
+  while (::umount(at.c_str()) != 0) std::this_thread::sleep_for(5ms);  // it is being counted
+  ASSERT_EQ(mountExt4(at), "");
+  const auto second = volume();
+  EXPECT_NE(second, first);
+  EXPECT_FALSE(categories->of(second));
+  EXPECT_EQ(movies(second), 0u);
+}
+
+TEST_F(LiveDisk, AMountIsKnownFromAnotherOneOfTheSameNumberAndDevice) {
+  const auto at = folder.folder("volume");
+  if (const auto refused = mountExt4(at); !refused.empty()) GTEST_SKIP() << refused;
+  const auto first = lastingMountId(at);
+  if (!first) GTEST_SKIP() << "a kernel whose mounts have no lasting numbers";
+  EXPECT_EQ(lastingMountId(at), first);
+  ASSERT_EQ(::umount(at.c_str()), 0);
+  ASSERT_EQ(mountExt4(at), "");
+  EXPECT_NE(lastingMountId(at), first);
+}
+
+TEST_F(LiveDisk, AnImageIsKnownFromAnotherOneOnTheSameDeviceWithoutLastingNumbers) {
+  VolumeIdentities::Means means;
+  means.mountId = [](const std::string&) { return std::nullopt; };
+  means.fileSystemId = [](const std::string&) { return std::nullopt; };
+  const VolumeIdentities identities(std::move(means));
+  const auto device = loopDevice();
+  if (device.empty()) GTEST_SKIP() << "no loop device";
+  const auto numbers = numbersOf("stat -L -c '%Hr %Lr' " + device);
+  ASSERT_EQ(numbers.size(), 2u);
+  MountedVolume volume;
+  volume.mount.device = {numbers[0], numbers[1]};
+  const auto first = identities.of(volume);
+  EXPECT_EQ(identities.of(volume), first);
+  ASSERT_EQ(run("losetup -d " + device).status, 0);
+  const auto other = folder.file("other");
+  ASSERT_EQ(run("truncate -s 8M " + quoted(other)).status, 0);
+  if (run("losetup " + device + " " + quoted(other)).status != 0)
+    GTEST_SKIP() << "somebody else took " << device;
+  EXPECT_NE(identities.of(volume), first);
+}
+
+TEST_F(LiveDisk, AFileSystemIsKnownFromAnotherOneByItsOwnNumber) {
+  const auto at = folder.folder("a"), other = folder.folder("b");
+  if (const auto refused = mountExt4(at); !refused.empty()) GTEST_SKIP() << refused;
+  ASSERT_EQ(mountExt4(other), "");
+  EXPECT_NE(fileSystemId(at).value_or(0), 0u);
+  EXPECT_NE(fileSystemId(at), fileSystemId(other));
+  EXPECT_EQ(fileSystemId(folder.path("missing")), std::nullopt);
+}
+
 TEST_F(LiveDisk, WhatAnotherMountCoversIsNotToldOf) {
   const auto outer = folder.folder("a"), at = folder.folder("a/b");
   if (const auto refused = mountExt4(at); !refused.empty()) GTEST_SKIP() << refused;
@@ -270,99 +247,6 @@ TEST_F(LiveDisk, AVolumeOfNtfsByFuseIsKept) {
   ASSERT_EQ(stat.size(), 3u);
   EXPECT_EQ(disk.at(at)->uint64("disk_totalsize"), stat[0] * stat[2]);
   EXPECT_EQ(disk.at(at)->uint64("disk_freesize"), stat[1] * stat[2]);
-}
-
-struct LiveHungVolume : LiveDisk {
-  /// Mounts a volume that the test serves; why not, where it is refused.
-  std::string serve() {
-    const auto device = loopDevice();
-    return device.empty() ? "no loop device" : server.mountAt(device, at);
-  }
-  void TearDown() override {
-    server.end();
-    LiveDisk::TearDown();
-  }
-
-  static int volumeThreads() {
-    int count = 0;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
-      count += contentsOf(task.path().string() + "/comm") == "vantile-volume\n";
-    return count;
-  }
-
-  const std::string at = folder.folder("served");
-  testing::FuseServer server;
-};
-
-// What a tick may take beside its 0.2 seconds is for a busy machine.
-constexpr auto limit = 700ms;
-
-TEST_F(LiveHungVolume, OneThatAnswersIsToldOf) {
-  if (const auto refused = serve(); !refused.empty()) GTEST_SKIP() << refused;
-  Sampled disk;
-  disk.tick();
-  ASSERT_TRUE(disk.at(at));
-  EXPECT_EQ(disk.at(at)->uint64("disk_totalsize"), 100u * 512);
-  EXPECT_EQ(disk.at(at)->uint64("disk_freesize"), 40u * 512);
-  EXPECT_EQ(*disk.at(at)->text("disk_name"), "served");
-}
-
-TEST_F(LiveHungVolume, DelaysOneTickByItsLimitAndKeepsItsFigures) {
-  if (const auto refused = serve(); !refused.empty()) GTEST_SKIP() << refused;
-  Sampled disk;
-  disk.tick();
-  server.answers = false;
-  server.available = 10;
-  EXPECT_LT(disk.tick(), limit);
-  const auto rest = [&disk] {
-    const auto begin = Clock::now();
-    for (int i = 0; i < 10; ++i) disk.tick();
-    return Clock::now() - begin;
-  }();
-  EXPECT_LT(rest, limit);  // ten that wait would take two seconds
-  EXPECT_EQ(volumeThreads(), 1);
-  EXPECT_LE(server.asked, 4);  // by the first two ticks, and by what counts kinds of files
-  ASSERT_TRUE(disk.at(at));
-  EXPECT_EQ(disk.at(at)->uint64("disk_freesize"), 40u * 512);
-}
-
-TEST_F(LiveHungVolume, IsLeftOutUntilItAnswersAndIsThereThen) {
-  server.answers = false;
-  if (const auto refused = serve(); !refused.empty()) GTEST_SKIP() << refused;
-  Sampled disk;
-  EXPECT_LT(disk.tick(), limit);
-  EXPECT_FALSE(disk.at(at));
-  const auto before = disk.rows.size();
-  server.answers = true;
-  for (int tries = 0; tries < 100 && !disk.at(at); ++tries) {
-    std::this_thread::sleep_for(20ms);
-    disk.tick();
-  }
-  ASSERT_TRUE(disk.at(at));
-  EXPECT_EQ(disk.rows.size(), before + 1);
-}
-
-TEST_F(LiveHungVolume, WhoseServerDiesKeepsItsFiguresUntilItIsGone) {
-  if (const auto refused = serve(); !refused.empty()) GTEST_SKIP() << refused;
-  Sampled disk;
-  disk.tick();
-  server.answers = false;
-  disk.tick();
-  EXPECT_TRUE(disk.at(at));
-  server.end();
-  disk.tick();
-  EXPECT_FALSE(disk.at(at));
-}
-
-TEST_F(LiveHungVolume, DoesNotHideTheOthers) {
-  if (const auto refused = serve(); !refused.empty()) GTEST_SKIP() << refused;
-  const auto other = folder.folder("other");
-  if (const auto refused = mountExt4(other); !refused.empty()) GTEST_SKIP() << refused;
-  server.answers = false;
-  Sampled disk;
-  EXPECT_LT(disk.tick(), limit);
-  EXPECT_TRUE(disk.at(other));
-  EXPECT_FALSE(disk.at(at));
 }
 
 TEST(LiveDiskSpace, IsThatOfTheHomesVolume) {

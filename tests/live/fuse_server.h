@@ -38,17 +38,23 @@ class FuseServer {
     return {};
   }
 
-  /// Ends the connection first: the kernel would wait for an answer to its farewell.
-  void end() {
+  /// Leaves what it served mounted, as a server does that crashed.
+  void die() {
     stops_ = true;
     if (thread_.joinable()) thread_.join();
     if (channel_ >= 0) ::close(channel_);
-    if (!folder_.empty()) ::umount2(folder_.c_str(), MNT_DETACH);
     channel_ = -1;
+  }
+
+  /// Ends the connection first: the kernel would wait for an answer to its farewell.
+  void end() {
+    die();
+    if (!folder_.empty()) ::umount2(folder_.c_str(), MNT_DETACH);
     folder_.clear();
   }
 
-  std::atomic<bool> answers = true;
+  std::atomic<bool> answers = true;           ///< what it is asked for its size
+  std::atomic<bool> tellsSizeAlone = false;   ///< and leaves everybody else waiting
   std::atomic<std::uint64_t> available = 40;  ///< blocks of 512 bytes, of 100
   std::atomic<int> asked = 0;                 ///< for its size
 
@@ -68,7 +74,7 @@ class FuseServer {
         ++asked;
         waiting = request.unique;
         if (answers) tellSize(std::exchange(waiting, 0));
-      } else {
+      } else if (!tellsSizeAlone || request.opcode == FUSE_INIT) {
         answer(request);
       }
     }
