@@ -259,8 +259,8 @@ TEST_F(LinuxVolumesTest, ALabelIsAskedForAgainEverMoreSeldomAndInTheFirstMinuteO
 }
 
 TEST_F(LinuxVolumesTest, OneWithALabelIsNotAskedForItAgain) {
-  table(rootAndStick);
   labels["/a"] = "Stick";
+  table(rootAndStick);
   told();
   for (int second = 0; second < 100; ++second, now += 1s) volumes->name("/a");
   EXPECT_EQ(labelsAsked, 1);
@@ -319,18 +319,22 @@ TEST_F(LinuxVolumesTest, ADeadOneThatTookAnothersPlaceDoesNotHaveItsFigures) {
 
 /// While somebody is asked, does what others may: on a thread of its own, and not for ever.
 struct LinuxVolumesMeanwhile : LinuxVolumesTest {
+  ~LinuxVolumesMeanwhile() override {
+    for (auto& other : others) other.join();
+  }
   void letOthersIn() {
-    std::promise<void> done;
-    std::thread other([&] {
+    if (HasFailure()) return;
+    const auto done = std::make_shared<std::promise<void>>();
+    others.emplace_back([this, done] {
       EXPECT_EQ(volumes->localPaths(types), (Paths{"/", "/a"}));
       EXPECT_TRUE(volumes->name("/"));
       volumes->space("/");
-      done.set_value();
+      done->set_value();
     });
-    EXPECT_EQ(done.get_future().wait_for(10s), std::future_status::ready);
-    other.join();
+    EXPECT_EQ(done->get_future().wait_for(10s), std::future_status::ready);
     ++letIn;
   }
+  std::vector<std::thread> others;
   int letIn = 0;
 };
 
