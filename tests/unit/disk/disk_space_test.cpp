@@ -131,6 +131,15 @@ TEST_F(BootCamp, UsedIsNeverClamped) {
   EXPECT_EQ(KVDDisk::usedBootCampDiskSpaceInBytes(), std::numeric_limits<std::uint64_t>::max());
 }
 
+TEST_F(BootCamp, IsAskedAnewEachTimeAndUsedByTwoLookUpsTheTotalFirst) {
+  volumes.paths = {"/Volumes/BOOTCAMP"};
+  volumes.spaces["/Volumes/BOOTCAMP"] = {1000, 400, std::nullopt};
+  volumes.onSpace = [this] { volumes.spaces["/Volumes/BOOTCAMP"] = {5000, 300, std::nullopt}; };
+  EXPECT_EQ(KVDDisk::usedBootCampDiskSpaceInBytes(), 700u);
+  volumes.paths.clear();
+  EXPECT_EQ(KVDDisk::totalBootCampSpace(), std::nullopt);
+}
+
 TEST_F(BootCamp, IsLookedForAmongTheSameTypesAsTheMonitors) {
   volumes.local = {"ext4"};
   KVDDisk::totalBootCampSpace();

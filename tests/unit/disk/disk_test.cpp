@@ -74,6 +74,17 @@ TEST_F(DiskMonitor, EverySampleIsTakenAnew) {
   EXPECT_EQ(rows[0]->uint64("disk_freesize"), 10u * 512);
 }
 
+TEST_F(DiskMonitor, IsToldOfOnTheThreadThatSamples) {
+  const auto disk = monitor();
+  std::vector<std::thread::id> threads;
+  delegate->diskDetails = [&](const Array&) { threads.push_back(std::this_thread::get_id()); };
+  disk->updateInfo();
+  std::thread other([&] { disk->updateInfo(); });
+  const auto otherId = other.get_id();
+  other.join();
+  EXPECT_EQ(threads, (std::vector{std::this_thread::get_id(), otherId}));
+}
+
 TEST_F(DiskMonitor, ASampleFromInsideItsDelegateIsTaken) {
   const auto disk = monitor();
   const auto told = delegate->diskDetails;

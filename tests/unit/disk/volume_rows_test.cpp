@@ -146,6 +146,49 @@ TEST_F(VolumeRows, ARowIsTheDelegatesToKeep) {
 TEST_F(VolumeRows, HaveNoOtherKeysWithoutMetadata) {
   mount("/");
   EXPECT_EQ(row().size(), 9u);
+  EXPECT_EQ(row().boolean("has_accumulated_sizes"), false);
+}
+
+TEST_F(VolumeRows, OfMetadataWithoutAListOfSizesHaveNothing) {
+  mount("/a");
+  categories.items.emplace(VolumeKey("/a"), CategorySizes());
+  EXPECT_FALSE(row().contains("has_accumulated_sizes"));
+  EXPECT_EQ(row().size(), 7u);
+}
+
+/// A list of eight, in which movies take that much and applications a byte.
+CategorySizes eightWith(std::uint64_t movies) {
+  Array list(8, Value(std::uint64_t{0}));
+  list[6] = movies;
+  list[7] = std::uint64_t{1};
+  return CategorySizes{std::move(list)};
+}
+
+TEST_F(VolumeRows, HaveWhatTheKindsLeaveOfTheUsedBytes) {
+  mount("/a");
+  categories.items.emplace(VolumeKey("/a"), eightWith(600 * 512 - 3));
+  EXPECT_EQ(row().uint64("disk_movies"), 600u * 512 - 3);
+  EXPECT_EQ(row().uint64("disk_apps"), 1u);
+  EXPECT_EQ(row().uint64("disk_other"), 2u);
+  EXPECT_EQ(row().boolean("has_accumulated_sizes"), true);
+  EXPECT_FALSE(row().contains("disk_audio"));
+  EXPECT_FALSE(row().contains("disk_photos"));
+}
+
+TEST_F(VolumeRows, WhoseKindsComeToTheUsedBytesHaveNoRest) {
+  mount("/a");
+  categories.items.emplace(VolumeKey("/a"), eightWith(600 * 512 - 1));
+  EXPECT_FALSE(row().contains("disk_other"));
+  EXPECT_EQ(row().boolean("has_accumulated_sizes"), false);
+}
+
+TEST_F(VolumeRows, MetadataIsThatOfTheirOwnVolume) {
+  mount("/a");
+  mount("/b");
+  categories.items.emplace(VolumeKey("/b"), eightWith(7));
+  monitor()->updateInfo();
+  EXPECT_FALSE(rows[0]->contains("disk_movies"));
+  EXPECT_EQ(rows[1]->uint64("disk_movies"), 7u);
 }
 
 }  // namespace
