@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -18,6 +19,7 @@ class FakePowerSources final : public PowerSources {
  public:
   std::vector<std::shared_ptr<const Dictionary>> descriptions() override {
     ++reads;
+    if (isOutOfMemory) throw std::bad_alloc();
     return sources;
   }
   std::unique_ptr<PowerSourceSubscription> subscribe(void (*changed)(void*),
@@ -31,7 +33,7 @@ class FakePowerSources final : public PowerSources {
     for (const auto& [changed, context] : std::vector(subscribers)) changed(context);
   }
 
-  bool refuses = false, throws = false;
+  bool refuses = false, throws = false, isOutOfMemory = false;
   int reads = 0;
   std::vector<std::shared_ptr<const Dictionary>> sources;
   std::vector<std::pair<void (*)(void*), void*>> subscribers;
@@ -60,7 +62,11 @@ class FakeTimeRemaining final : public TimeRemaining {
 
 class FakeBatteryRecords final : public BatteryRecords {
  public:
-  std::optional<std::vector<std::shared_ptr<const Dictionary>>> records() override { return list; }
+  std::optional<std::vector<std::shared_ptr<const Dictionary>>> records() override {
+    if (isOutOfMemory) throw std::bad_alloc();
+    return list;
+  }
+  bool isOutOfMemory = false;
   std::optional<std::vector<std::shared_ptr<const Dictionary>>> list;
 };
 
@@ -68,8 +74,10 @@ class FakeBatteryEntry final : public BatteryEntry {
  public:
   std::shared_ptr<const Dictionary> properties() override {
     ++reads;
+    if (isOutOfMemory) throw std::bad_alloc();
     return entry;
   }
+  bool isOutOfMemory = false;
   std::shared_ptr<const Dictionary> entry;
   int reads = 0;
 };
@@ -79,11 +87,13 @@ class FakeTranslations final : public HostResources {
  public:
   std::optional<std::string> path(std::string_view, std::string_view) override { return {}; }
   std::string localizedString(std::string_view key) override {
+    if (isOutOfMemory) throw std::bad_alloc();
     const auto found = texts.find(std::string(key));
     return found == texts.end() ? std::string(key) : found->second;
   }
   void setFolder(std::optional<std::string>) override {}
 
+  bool isOutOfMemory = false;
   std::map<std::string, std::string> texts;
 };
 

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <mutex>
 #include <string_view>
 
 #include "vantile/foundation/guard.h"
@@ -63,6 +65,34 @@ std::string percentText(std::int64_t percent) {
   return std::to_string(percent) + "%";
 }
 
+/// The objects that live, by their addresses. A change may come while another thread lets go of the
+/// last reference to the object that it is for.
+class Living {
+ public:
+  void add(const std::shared_ptr<KVDBatteryInfo>& info) {
+    const std::lock_guard lock(mutex_);
+    all_[info.get()] = info;
+  }
+  void remove(const KVDBatteryInfo* info) {
+    const std::lock_guard lock(mutex_);
+    all_.erase(info);
+  }
+  std::shared_ptr<KVDBatteryInfo> at(const void* address) {
+    const std::lock_guard lock(mutex_);
+    const auto found = all_.find(address);
+    return found == all_.end() ? nullptr : found->second.lock();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<const void*, std::weak_ptr<KVDBatteryInfo>> all_;
+};
+
+Living& living() {
+  static auto& objects = *new Living;
+  return objects;
+}
+
 }  // namespace
 
 /// The time left as the system estimates it, in seconds, and what is told of it.
@@ -82,10 +112,13 @@ struct KVDBatteryInfo::Estimate {
 KVDBatteryInfo::KVDBatteryInfo(PowerPorts ports)
     : ports_(std::make_unique<const PowerPorts>(std::move(ports))) {}
 
-KVDBatteryInfo::~KVDBatteryInfo() = default;
+KVDBatteryInfo::~KVDBatteryInfo() {
+  living().remove(this);
+}
 
 std::shared_ptr<KVDBatteryInfo> KVDBatteryInfo::init() {
   const std::shared_ptr<KVDBatteryInfo> info(new KVDBatteryInfo(PowerPorts::installed()));
+  living().add(info);
   info->follow();
   return info;
 }
@@ -96,13 +129,19 @@ void KVDBatteryInfo::follow() {
 }
 
 void KVDBatteryInfo::updateStatus() {
-  const auto self = shared_from_this();  // a delegate may let go of it
+  const auto self = weak_from_this().lock();  // a delegate may let go of it
+  guarded("an update of the battery", [this] { readSources(); });
+  guarded("an update of the battery", [this] {
+    readRecord();
+    readTemperature();
+    translateTimeSinceUnplugged();
+  });
+}
+
+void KVDBatteryInfo::readSources() {
   const Estimate estimate(ports_->remaining->estimate());
   for (const auto& source : ports_->sources->descriptions())
     if (source) updateSource(*source, estimate);
-  readRecord();
-  readTemperature();
-  translateTimeSinceUnplugged();
 }
 
 void KVDBatteryInfo::updateSource(const Dictionary& source, const Estimate& estimate) {
@@ -210,8 +249,12 @@ void KVDBatteryInfo::translateTimeSinceUnplugged() {
 }
 
 void KVDBatteryInfo::updateCurrentStatus() {
-  const auto self = shared_from_this();
+  const auto self = weak_from_this().lock();
   updateStatus();
+  guarded("an update of the battery", [this] { readEntry(); });
+}
+
+void KVDBatteryInfo::readEntry() {
   const auto properties = getMoreAdvancedBatteryInfo();
   const auto* const entry = properties.get();
   _batteryMaxCapacity = valueUnder(entry, "MaxCapacity");
@@ -235,12 +278,18 @@ double KVDBatteryInfo::convertCelsiusToFahrenheit(double celsius) const {
 }
 
 std::shared_ptr<const Dictionary> KVDBatteryInfo::getAdvancedBatteryInfo() const {
-  const auto records = ports_->records->records();
-  return records && !records->empty() ? records->front() : nullptr;
+  std::shared_ptr<const Dictionary> first;
+  guarded("the battery's records", [&] {
+    const auto records = ports_->records->records();
+    if (records && !records->empty()) first = records->front();
+  });
+  return first;
 }
 
 std::shared_ptr<const Dictionary> KVDBatteryInfo::getMoreAdvancedBatteryInfo() const {
-  return ports_->entry->properties();
+  std::shared_ptr<const Dictionary> properties;
+  guarded("the battery's entry", [&] { properties = ports_->entry->properties(); });
+  return properties;
 }
 
 bool KVDBatteryInfo::isHasBattery() const {
@@ -250,10 +299,7 @@ bool KVDBatteryInfo::isHasBattery() const {
 }  // namespace vantile
 
 void PowerSourceChanged(void* context) noexcept {
-  using namespace vantile;
-  auto* const info = static_cast<KVDBatteryInfo*>(context);
-  if (!info) return;
-  guarded("an update of the battery", [info] {
-    if (const auto self = info->weak_from_this().lock()) self->updateCurrentStatus();
+  vantile::guarded("a change of the power sources", [context] {
+    if (const auto info = vantile::living().at(context)) info->updateCurrentStatus();
   });
 }

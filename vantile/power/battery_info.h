@@ -43,7 +43,8 @@ struct BatteryDelegate {
 /// tells of a change of the power sources, and whenever the host asks for one.
 ///
 /// Everything runs on the thread that made it, which is meant to be the main thread: the system's
-/// changes come on its run loop, the setters are not synchronised. What the system does not tell is
+/// changes come on its run loop, the setters are not synchronised. The last reference to it may go
+/// on any thread. What the system does not tell is
 /// nil, or 0 where a property is a plain number. Several batteries are several power sources: each
 /// is told of, the properties are those of the last one, and of the first one where they come from
 /// the electrical readings.
@@ -178,6 +179,7 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
 
   explicit KVDBatteryInfo(PowerPorts ports);
   void follow();
+  void readSources();
   void updateSource(const Dictionary& source, const Estimate& estimate);
   void followState(const Dictionary& source);
   void startUnpluggedTimer();
@@ -188,6 +190,7 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
   void tellOfPercent(bool isWanted);
   void readRecord();
   void readTemperature();
+  void readEntry();
   void translateTimeSinceUnplugged();
 
   const std::unique_ptr<const PowerPorts> ports_;
@@ -220,7 +223,7 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
 extern "C" {
 
 /// What the system calls when the power sources change: updates the `KVDBatteryInfo` that `context`
-/// is. Null does nothing.
+/// is. Null, or one that is gone, does nothing.
 VANTILE_API void PowerSourceChanged(void* context) noexcept;
 
 }  // extern "C"

@@ -52,6 +52,51 @@ TEST_F(BatteryBranches, CalculatingNeedsThatItIsKnownNotToCharge) {
   EXPECT_EQ(update(unknown, source), Told{"remaining 0:00"});
 }
 
+TEST_F(BatteryBranches, OnlyTheEstimateTellsOfExternalPower) {
+  auto source = draining;
+  source.charging = std::nullopt;
+  EXPECT_EQ(update(unlimited, source), Told{"battery charged"});
+  source.charging = true;
+  source.minutesToFull = Value(5);
+  EXPECT_EQ(update(unlimited, source), (Told{"charging remaining 0:05", "left 60%"}));
+  source.state = "Off Line";
+  source.charging = false;
+  EXPECT_EQ(update(unlimited, source), Told{"battery charged"});
+  EXPECT_EQ(update(unknown, source), Told{"remaining 0:00"});
+}
+
+TEST_F(BatteryBranches, WithoutOneOperationTheOthersAreToldTheSame) {
+  const auto day = [this] {
+    info->setPreviousPercent(0);
+    Told all;
+    for (const auto& each :
+         {update(unknown, draining), update(600, ofPercent(draining, 15)),
+          update(unlimited, charging), update(unlimited, {.state = "AC Power", .charging = true}),
+          update(unlimited, ofPercent(plugged, 100))})
+      all.insert(all.end(), each.begin(), each.end());
+    return all;
+  };
+  const Told whole = {"calculating 60",          "remaining 0:10", "left 15%",
+                      "charging remaining 1:35", "left 60%",       "charging calculating",
+                      "battery charged",         "charged"};
+  EXPECT_EQ(day(), whole);
+  const auto without = [&](auto operation, const std::string& line) {
+    const auto kept = std::exchange((*delegate).*operation, nullptr);
+    Told rest = whole;
+    std::erase_if(rest, [&](const auto& each) { return each.starts_with(line); });
+    EXPECT_EQ(day(), rest) << line;
+    EXPECT_EQ(info->previousPercent(), line == "charged" ? 60 : 100) << line;
+    (*delegate).*operation = kept;
+  };
+  without(&BatteryDelegate::batteryCalculating, "calculating");
+  without(&BatteryDelegate::batteryWithRemaining, "remaining");
+  without(&BatteryDelegate::batteryRemainingWithLeft, "left");
+  without(&BatteryDelegate::batteryChargingCalculating, "charging calculating");
+  without(&BatteryDelegate::batteryChargingWithRemaining, "charging remaining");
+  without(&BatteryDelegate::batteryCharged, "battery charged");
+  without(&BatteryDelegate::charged, "charged");
+}
+
 // On battery.
 
 TEST_F(BatteryBranches, TheTimeLeftIsToldAtEveryUpdate) {

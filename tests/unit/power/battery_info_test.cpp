@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "fakes/recorded_log.h"
 #include "unit/power/battery_fixture.h"
 
@@ -90,6 +92,63 @@ TEST_F(BatteryInfo, WhatADelegateThrowsIsALogLineAndTheUpdateGoesOn) {
 TEST_F(BatteryInfo, ACallWithoutAContextDoesNothing) {
   PowerSourceChanged(nullptr);
   EXPECT_EQ(ports.sources->reads, 0);
+}
+
+TEST_F(BatteryInfo, ACallForOneThatIsGoneDoesNothing) {
+  void* const gone = info.get();
+  std::thread([this] { info.reset(); }).join();
+  EXPECT_TRUE(ports.sources->subscribers.empty());
+  PowerSourceChanged(gone);
+  EXPECT_EQ(ports.sources->reads, 0);
+  info = KVDBatteryInfo::init();
+  PowerSourceChanged(info.get());
+  EXPECT_EQ(ports.sources->reads, 1);
+}
+
+// Nothing is thrown to the host.
+
+TEST_F(BatteryInfo, ReadingsThatThrowAreALogLineAndMissing) {
+  const RecordedLog log;
+  auto keys = std::make_shared<Dictionary>();
+  keys->set("Temperature", std::int64_t{3012});
+  ports.entry->entry = keys;
+  ports.records->isOutOfMemory = true;
+  EXPECT_FALSE(info->isHasBattery());
+  EXPECT_EQ(info->getAdvancedBatteryInfo(), nullptr);
+  info->setCapacity(4500);
+  EXPECT_EQ(update(3600, Source{}), Told{"remaining 1:00"});
+  EXPECT_EQ(info->capacity(), 0);
+  EXPECT_EQ(info->celsius(), 30.12f);
+  ports.entry->isOutOfMemory = true;
+  EXPECT_EQ(info->getMoreAdvancedBatteryInfo(), nullptr);
+  update(3600, Source{});
+  EXPECT_EQ(info->fahrenheit(), 32);
+  EXPECT_EQ(log.lines[0], "the battery's records threw: std::bad_alloc");
+  EXPECT_EQ(log.lines.back(), "the battery's entry threw: std::bad_alloc");
+}
+
+TEST_F(BatteryInfo, SourcesThatThrowAreALogLineAndTheRestIsStillRead) {
+  const RecordedLog log;
+  ports.sources->isOutOfMemory = true;
+  auto keys = std::make_shared<Dictionary>();
+  keys->set("Temperature", std::int64_t{3012});
+  keys->set("MaxCapacity", std::int64_t{5000});
+  ports.entry->entry = keys;
+  info->updateCurrentStatus();
+  EXPECT_EQ(log.lines, std::vector<std::string>{"an update of the battery threw: std::bad_alloc"});
+  EXPECT_EQ(info->celsius(), 30.12f);
+  EXPECT_EQ(info->timeSinceUnpluggedTranslated(), "0:00");
+  EXPECT_EQ(info->batteryMaxCapacity(), Value(std::int64_t{5000}));
+}
+
+TEST_F(BatteryInfo, ATranslationThatThrowsIsALogLineAndTheEntryIsStillRead) {
+  const RecordedLog log;
+  ports.translations->isOutOfMemory = true;
+  ports.sources->sources = {Source{}.description()};
+  info->updateCurrentStatus();
+  EXPECT_EQ(log.lines, std::vector<std::string>{"an update of the battery threw: std::bad_alloc"});
+  EXPECT_EQ(info->timeSinceUnpluggedTranslated(), std::nullopt);
+  EXPECT_EQ(info->batteryHealth(), "Good");
 }
 
 TEST_F(BatteryInfo, SeveralStandSideBySide) {

@@ -82,6 +82,7 @@ TEST_F(BatteryReadings, ASourceThatIsNotPresentGivesItsHealthAlone) {
   EXPECT_EQ(info->health(), "Fair");
   EXPECT_EQ(info->currentPercent(), 0);
   EXPECT_EQ(info->previousPercent(), 0);
+  EXPECT_EQ(update(3600, {Source{.present = Value(false)}, Source{}}), Told{"remaining 1:00"});
 }
 
 TEST_F(BatteryReadings, ASourceThatDoesNotTellIsPresent) {
@@ -157,6 +158,26 @@ TEST_F(BatteryReadings, TheTemperatureIsHundredthsOfADegree) {
   EXPECT_EQ(info->fahrenheit(), static_cast<float>(30.12 * 9.0 / 5.0 + 32.0));
 }
 
+TEST_F(BatteryReadings, FahrenheitIsReckonedInDoublePrecision) {
+  entry()->set("Temperature", std::int64_t{2022});
+  info->updateCurrentStatus();
+  EXPECT_EQ(info->celsius(), 20.22f);
+  EXPECT_EQ(info->fahrenheit(), 68.39600372314453f);  // 68.395996 from celsius as it is kept
+  EXPECT_EQ(info->batteryTemperature(), 20.22);
+}
+
+TEST_F(BatteryReadings, TheEntrysPowerIsReckonedInItsOrder) {
+  const auto keys = entry();
+  keys->set("Amperage", std::int64_t{-2987});
+  keys->set("Voltage", std::int64_t{10671});
+  info->updateCurrentStatus();
+  EXPECT_EQ(info->batteryWatt(), -31.874277000000003);  // -31.874277 in any other
+  keys->set("Amperage", std::int64_t{-2993});
+  keys->set("Voltage", std::int64_t{10669});
+  info->updateCurrentStatus();
+  EXPECT_EQ(info->batteryWatt(), -31.932316999999998);
+}
+
 TEST_F(BatteryReadings, WithoutAnEntryItIsZeroDegrees) {
   entry();
   update(3600, Source{});
@@ -170,6 +191,7 @@ TEST_F(BatteryReadings, CelsiusBecomesFahrenheit) {
   EXPECT_EQ(info->convertCelsiusToFahrenheit(100), 212);
   EXPECT_EQ(info->convertCelsiusToFahrenheit(-40), -40);
   EXPECT_EQ(info->convertCelsiusToFahrenheit(36.6), 36.6 * 9.0 / 5.0 + 32.0);
+  EXPECT_EQ(info->convertCelsiusToFahrenheit(-17.3), 0.8599999999999959);  // the product first
 }
 
 TEST_F(BatteryReadings, AFullUpdateTakesTheEntrysValuesAsTheyAre) {

@@ -1,5 +1,6 @@
 #include <chrono>
 #include <limits>
+#include <thread>
 
 #include "unit/power/battery_fixture.h"
 
@@ -118,6 +119,21 @@ TEST_F(BatteryTimer, EndsWithTheObject) {
   EXPECT_TRUE(timer.expired());
 }
 
+TEST_F(BatteryTimer, EndsWithAnObjectThatGoesOnAnotherThread) {
+  onBattery();
+  inAThirdState();
+  onBattery();
+  loop.settle();
+  const std::weak_ptr<KVDBatteryInfo> gone = info;
+  const std::weak_ptr<Timer> timer = info->unpluggedTimer();
+  std::thread([this] { info.reset(); }).join();
+  EXPECT_TRUE(gone.expired());
+  EXPECT_TRUE(timer.expired());
+  const auto before = loop.driver().wakeups;
+  loop.advance(minutes(2));
+  EXPECT_LE(loop.driver().wakeups, before + 1);  // the one that learns that they are gone
+}
+
 TEST_F(BatteryTimer, ATimerThatAHostKeepsFindsItsObjectGone) {
   onBattery();
   const auto timer = info->unpluggedTimer();
@@ -145,8 +161,12 @@ TEST_F(BatteryTimer, TheTimeIsInTheHostsFormatWhereThatHasItsTwoFieldsAlone) {
   EXPECT_EQ(onExternalPower(), "2 min and 1 h");
   ports.translations->texts["%1$ld:%2$02ld"] = "%1$ld:%2$02ld%n";
   EXPECT_EQ(onExternalPower(), "1:02");
-  ports.translations->texts["%1$ld:%2$02ld"] = "%s";
-  EXPECT_EQ(onExternalPower(), "1:02");
+  for (const auto* format : {"%s", "%1$d:%2$02d", "%ld", "100%%", "", "%1$ld:%2$02ld %1$ld"}) {
+    ports.translations->texts["%1$ld:%2$02ld"] = format;
+    EXPECT_EQ(onExternalPower(), "1:02") << format;
+  }
+  ports.translations->texts["%1$ld:%2$02ld"] = "%ld h %02ld at 100%%";
+  EXPECT_EQ(onExternalPower(), "1 h 02 at 100%");
 }
 
 }  // namespace

@@ -46,9 +46,10 @@ TEST(TimeText, AFormatWithAFieldTwiceOrMoreFieldsIsNone) {
 
 TEST(TimeText, AFormatWithAFieldOfAnotherKindIsNone) {
   for (const auto* format :
-       {"%1$ld:%2$02ld%n", "%s:%ld", "%1$@:%2$ld", "%1$d:%2$d", "%1$f %2$ld", "%1$lx:%2$ld",
-        "%1$*2$ld:%2$ld", "%1$-3ld:%2$ld", "%1$10ld:%2$ld", "%0$ld %1$ld", "%11$ld:%2$ld",
-        "%1$ld:%2$02l", "%1$ld:%2$ld%", "% ld:%ld", "%1$.3ld %2$ld"})
+       {"%1$ld:%2$02ld%n", "%s:%ld", "%1$@:%2$ld", "%1$d:%2$d", "%d:%d", "%i:%i", "%1$lu:%2$ld",
+        "%1$hd:%2$ld", "%1$f %2$ld", "%1$lx:%2$ld", "%1$*2$ld:%2$ld", "%1$-3ld:%2$ld",
+        "%1$10ld:%2$ld", "%0$ld %1$ld", "%11$ld:%2$ld", "%1$ld:%2$02l", "%1$ld:%2$ld%", "% ld:%ld",
+        "%1$.3ld %2$ld"})
     EXPECT_EQ(timeText(format, 1, 2), Text()) << format;
 }
 
