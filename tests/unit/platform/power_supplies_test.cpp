@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <utility>
+
 #include "vantile/platform/linux/battery_entry.h"
 #include "vantile/platform/linux/battery_records.h"
 #include "vantile/platform/linux/power_sources.h"
@@ -81,11 +84,77 @@ TEST_F(LinuxPower, ABatteryIsASource) {
   EXPECT_EQ(remaining.estimate(), 2.4 * 3600);
 }
 
-TEST_F(LinuxPower, EveryReadingIsAnew) {
+TEST_F(LinuxPower, EveryReadingOpensAnew) {
   battery("BAT0", 60);
   EXPECT_EQ(entry.properties()->int64("CurrentCapacity"), 2400);
+  // The kernel's files are others once a supply has gone and come again.
+  folder.remove("sys/devices/power/BAT0/charge_now");
   file("BAT0", "charge_now", "2000000");
   EXPECT_EQ(entry.properties()->int64("CurrentCapacity"), 2000);
+  folder.remove("sys/devices/power/BAT0");
+  EXPECT_EQ(entry.properties(), nullptr);
+  folder.remove("sys/class/power_supply/BAT0");
+  battery("BAT0", 40);
+  EXPECT_EQ(entry.properties()->int64("CurrentCapacity"), 1600);
+}
+
+/// The machine's supplies, while something happens just before an attribute is read.
+struct ChangingPower : LinuxPower {
+  ChangingPower() {
+    battery("BAT0", 60);
+    battery("BAT1", 20);
+  }
+  std::vector<PowerSupply> batteriesWhere(const std::string& attribute,
+                                          const std::function<void()>& happens) {
+    bool happened = false;
+    const PowerSupplies supplies(roots, [&](int opened, const std::string& name) {
+      if (name == attribute && !std::exchange(happened, true)) happens();
+      return supplyAttribute(opened, name);
+    });
+    return supplies.read(SupplyUse::entry, false).batteries;
+  }
+};
+
+TEST_F(ChangingPower, ABatteryOfWhichAnAttributeGoesLacksThatAlone) {
+  const auto found = batteriesWhere(
+      "voltage_now", [this] { folder.remove("sys/devices/power/BAT0/voltage_now"); });
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[0].chargeNow, 2'400'000);
+  EXPECT_EQ(found[0].voltageNow, std::nullopt);
+  EXPECT_EQ(found[0].currentNow, 1'000'000);
+  EXPECT_EQ(found[1].voltageNow, 10'000'000);
+}
+
+TEST_F(ChangingPower, ABatteryThatGoesIsLeftOutAndTheOtherRead) {
+  const auto found = batteriesWhere("voltage_now", [this] {
+    folder.remove("sys/class/power_supply/BAT0");
+    folder.remove("sys/devices/power/BAT0");
+  });
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].name, "BAT1");
+  EXPECT_EQ(found[0].chargeNow, 800'000);
+}
+
+TEST_F(ChangingPower, ABatteryThatIsReplacedIsNotReadAsOneWithTheOther) {
+  const auto found = batteriesWhere("voltage_now", [this] {
+    folder.remove("sys/class/power_supply/BAT0");
+    folder.remove("sys/devices/power/BAT0");
+    battery("BAT0", 90);
+  });
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].name, "BAT1");
+  EXPECT_EQ(entry.properties()->int64("CurrentCapacity"), 3600);  // the next reading has it
+}
+
+TEST_F(ChangingPower, AChargerThatGoesTellsNothing) {
+  charger("AC", "Mains", "1");
+  const PowerSupplies supplies(roots, [this](int opened, const std::string& name) {
+    if (name == "online") folder.remove("sys/devices/power/AC");
+    return supplyAttribute(opened, name);
+  });
+  const auto found = supplies.read(SupplyUse::estimate, true);
+  ASSERT_EQ(found.mains.size(), 1u);
+  EXPECT_EQ(onExternalPower(found.mains, found.batteries), false);
 }
 
 TEST_F(LinuxPower, SeveralBatteriesAreSourcesInTheOrderOfTheirNames) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vantile/platform/linux/roots.h"
@@ -8,12 +11,18 @@
 
 namespace vantile {
 
+/// The first line of the file in the folder that is open at the descriptor; nothing where it can't
+/// be read or is empty. Opened anew at each call: the kernel asks the driver when it is read.
+std::optional<std::string> supplyAttribute(int folder, const std::string& file);
+
 /// The power supplies of /sys, read anew at each call. A supply that goes while it is read is
 /// left out.
 class PowerSupplies {
  public:
-  explicit PowerSupplies(const LinuxRoots& roots = {})
-      : folder_(roots.sys + "/class/power_supply") {}
+  using Attribute = std::function<std::optional<std::string>(int folder, const std::string& file)>;
+
+  explicit PowerSupplies(const LinuxRoots& roots = {}, Attribute attribute = supplyAttribute)
+      : folder_(roots.sys + "/class/power_supply"), attribute_(std::move(attribute)) {}
 
   /// The machine's own, by name.
   struct Found {
@@ -23,10 +32,10 @@ class PowerSupplies {
   Found read(SupplyUse use, bool withMains) const;
 
  private:
-  std::vector<std::string> names() const;
-  void take(PowerSupply& supply, SupplyUse use) const;
+  void take(PowerSupply& supply, int folder, SupplyUse use) const;
 
   const std::string folder_;
+  const Attribute attribute_;
 };
 
 }  // namespace vantile

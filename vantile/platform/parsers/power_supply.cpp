@@ -78,13 +78,8 @@ std::optional<Status> statusOf(std::string_view text) {
 
 /// The number that the whole text is, where it is one between the two.
 Number numberIn(std::string_view text, std::int64_t least, std::int64_t greatest) {
-  const bool isNegative = text.starts_with('-');
-  if (isNegative) text.remove_prefix(1);
-  if (text.empty() || text.find_first_not_of("0123456789") != text.npos) return std::nullopt;
-  const auto magnitude = leadingNumber(text);
-  if (!magnitude || *magnitude > std::uint64_t{most}) return std::nullopt;
-  const auto number = static_cast<std::int64_t>(*magnitude) * (isNegative ? -1 : 1);
-  return number >= least && number <= greatest ? Number(number) : std::nullopt;
+  const auto number = wholeNumber<std::int64_t>(text);
+  return number && *number >= least && *number <= greatest ? number : std::nullopt;
 }
 
 std::optional<bool> truthIn(std::string_view text) {
