@@ -256,6 +256,23 @@ void burst() {
   monitor.change("one more", [&] { supplies.event("BAT0"); });
 }
 
+/// A subscription that another thread lets go of when its event is about to be told.
+void letGo() {
+  Supplies supplies;
+  supplies.add("BAT0", energyBattery("Discharging", 50, "10000000"));
+  for (const bool goes : {false, true}) {
+    auto subscription =
+        systemPowerSources()->subscribe([](void*) { std::printf("told\n"); }, nullptr);
+    supplies.event("BAT0");
+    std::this_thread::sleep_for(20ms);
+    RunLoop::current().dispatch();
+    std::this_thread::sleep_for(150ms);  // by now the loop would have told
+    if (goes) std::thread([&subscription] { subscription.reset(); }).join();
+    const auto enough = RunLoop::current().after(300ms, [] { RunLoop::current().stop(); });
+    RunLoop::current().run();
+  }
+}
+
 /// Events of udevd's group, which libudev listens to where udevd runs.
 void udevd() {
   const TemporaryFolder folder;
@@ -275,7 +292,7 @@ void udevd() {
 int runBatteryHelper(const char* story) {
   const std::map<std::string_view, void (*)()> stories = {
       {"day", day},         {"two", twoBatteries}, {"removal", removal}, {"mouse", mouse},
-      {"drivers", drivers}, {"burst", burst},      {"udevd", udevd}};
+      {"drivers", drivers}, {"burst", burst},      {"let go", letGo},    {"udevd", udevd}};
   const auto found = stories.find(story);
   if (found == stories.end()) return 2;
   found->second();

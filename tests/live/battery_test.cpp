@@ -1,10 +1,17 @@
 // Batteries and chargers that umockdev puts before a program of its own, with change events.
 
 #include <gtest/gtest.h>
+#include <linux/netlink.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <map>
 #include <string>
+#include <vector>
 
+#include "vantile/platform/linux/power_sources.h"
+
+#include "fakes/temporary_folder.h"
 #include "live/battery_helper.h"
 #include "live/command.h"
 #include "live/sanitized.h"
@@ -25,7 +32,7 @@ struct LiveBattery : ::testing::Test {
     char self[4096] = {};
     EXPECT_GT(::readlink("/proc/self/exe", self, sizeof self - 1), 0);
     return run("umockdev-wrapper " + testing::quoted(self) + " " + testing::tellBattery + " " +
-               story)
+               testing::quoted(story))
         .text;
   }
 };
@@ -89,6 +96,61 @@ TEST_F(LiveBattery, ABurstOfEventsIsOneUpdate) {
   EXPECT_EQ(told("burst"), R"(six events: remaining 2:30
 one more: remaining 2:30
 )");
+}
+
+TEST_F(LiveBattery, ASubscriptionThatGoesOnAnotherThreadTellsNothing) {
+  EXPECT_EQ(told("let go"), "told\n");  // the one that stayed
+}
+
+/// What uevents the power supplies' subscription listens to: groups of netlink.
+class LivePowerEvents : public ::testing::Test {
+ protected:
+  static constexpr unsigned fromKernel = 1, fromUdevd = 2;
+
+  static std::vector<unsigned> groups(const LinuxRoots& roots) {
+    const auto before = listeners();
+    LinuxPowerSources sources(roots);
+    const auto subscription = sources.subscribe([](void*) {}, nullptr);
+    auto after = listeners();
+    for (const auto& each : before) after.erase(each.first);
+    std::vector<unsigned> found;
+    for (const auto& [descriptor, heard] : after) found.push_back(heard);
+    return found;
+  }
+
+  const testing::TemporaryFolder folder;
+
+ private:
+  static std::map<int, unsigned> listeners() {
+    std::map<int, unsigned> found;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+      int protocol = 0;
+      socklen_t size = sizeof protocol;
+      sockaddr_nl address = {};
+      socklen_t length = sizeof address;
+      if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0 &&
+          address.nl_family == AF_NETLINK &&
+          ::getsockopt(descriptor, SOL_SOCKET, SO_PROTOCOL, &protocol, &size) == 0 &&
+          protocol == NETLINK_KOBJECT_UEVENT)
+        found[descriptor] = address.nl_groups;
+    }
+    return found;
+  }
+};
+
+TEST_F(LivePowerEvents, AreTheKernelsWhereUdevdDoesNotRun) {
+  const auto heard = groups({.run = folder.path("run")});
+  ASSERT_FALSE(heard.empty());
+  for (const auto group : heard) EXPECT_EQ(group, fromKernel);
+}
+
+TEST_F(LivePowerEvents, AreUdevdsWhereItRuns) {
+  folder.file("run/udev/control");
+  const auto heard = groups({.run = folder.path("run")});
+  ASSERT_FALSE(heard.empty());
+  // libudev itself may find that there is no udevd, and then listens to nobody.
+  const bool runs = ::access("/run/udev/control", F_OK) == 0;
+  for (const auto group : heard) EXPECT_TRUE(group == fromUdevd || (!runs && group == 0)) << group;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <libudev.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <utility>
@@ -42,17 +43,15 @@ Monitor openMonitor(const LinuxRoots& roots) {
   return monitor;
 }
 
-class Subscription final : public PowerSourceSubscription {
+/// What a subscription watches. It may go on another thread while the loop's is at work on it.
+class Watched : public std::enable_shared_from_this<Watched> {
  public:
-  Subscription(Monitor monitor, void (*changed)(void*), void* context)
-      : monitor_(std::move(monitor)),
-        changed_(changed),
-        context_(context),
-        source_(::udev_monitor_get_fd(monitor_.get()), [this] { onEvents(); }) {}
+  Watched(Monitor monitor, void (*changed)(void*), void* context)
+      : monitor_(std::move(monitor)), changed_(changed), context_(context) {}
 
- private:
-  using Device = std::unique_ptr<udev_device, Unref>;
-
+  int descriptor() const { return ::udev_monitor_get_fd(monitor_.get()); }
+  /// Any thread.
+  void end() { wanted_ = false; }
   void onEvents() {
     // A whole burst is one change, told when its first event is so old.
     bool any = false;
@@ -64,18 +63,35 @@ class Subscription final : public PowerSourceSubscription {
       any = true;
     }
     if (!any || told_.isValid()) return;
-    told_ = RunLoop::current().after(burst, [this] { tell(); });
+    told_ = RunLoop::current().after(burst, [weak = weak_from_this()] {
+      if (const auto self = weak.lock()) self->tell();
+    });
   }
-  void tell() {
-    const auto changed = changed_;  // the call may end this
-    auto* const context = context_;
-    changed(context);
+
+ private:
+  using Device = std::unique_ptr<udev_device, Unref>;
+
+  void tell() const {
+    if (wanted_) changed_(context_);
   }
 
   const Monitor monitor_;
   void (*const changed_)(void*);
   void* const context_;
+  std::atomic<bool> wanted_ = true;
   Timer told_;
+};
+
+class Subscription final : public PowerSourceSubscription {
+ public:
+  explicit Subscription(const std::shared_ptr<Watched>& watched)
+      : watched_(watched), source_(watched->descriptor(), [watched] { watched->onEvents(); }) {}
+  ~Subscription() override { watched_->end(); }
+  Subscription(const Subscription&) = delete;
+  Subscription& operator=(const Subscription&) = delete;
+
+ private:
+  const std::shared_ptr<Watched> watched_;
   const DescriptorSource source_;
 };
 
@@ -97,7 +113,8 @@ std::unique_ptr<PowerSourceSubscription> LinuxPowerSources::subscribe(void (*cha
     logLine("changes of the power supplies can't be watched");
     return nullptr;
   }
-  return std::make_unique<Subscription>(std::move(monitor), changed, context);
+  return std::make_unique<Subscription>(
+      std::make_shared<Watched>(std::move(monitor), changed, context));
 }
 
 std::shared_ptr<PowerSources> systemPowerSources() {
