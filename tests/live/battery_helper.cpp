@@ -251,7 +251,8 @@ void burst() {
   supplies.add("BAT0", energyBattery("Discharging", 50, "10000000"));
   Printer monitor;
   monitor.change("six events", [&] {
-    for (int i = 0; i < 6; ++i) supplies.event("BAT0");
+    for (int i = 0; i < 6; ++i)
+      RunLoop::current().postAfter(5ms * i, [&] { supplies.event("BAT0"); });
   });
   monitor.change("one more", [&] { supplies.event("BAT0"); });
 }

@@ -15,6 +15,10 @@ class BatteryEntrySeam : public Seam {
   BatteryEntrySeam() {
     fakes::machine.batteryEntry =
         PropertyList{PropertyList::Dictionary{{u"MaxCapacity", {std::int64_t{5000}}},
+                                              {u"CurrentCapacity", {std::int64_t{4500}}},
+                                              {u"CycleCount", {std::int64_t{321}}},
+                                              {u"Amperage", {std::int64_t{-1234}}},
+                                              {u"Voltage", {std::int64_t{12345}}},
                                               {u"Temperature", {std::int64_t{3012}}},
                                               {u"Serial", {PropertyList::Data()}}}};
   }
@@ -24,8 +28,12 @@ TEST_F(BatteryEntrySeam, IsTheServicesPropertiesAndReleasesIt) {
   const auto properties = systemBatteryEntry()->properties();
   ASSERT_TRUE(properties);
   EXPECT_EQ(properties->int64("MaxCapacity"), 5000);
+  EXPECT_EQ(properties->int64("CurrentCapacity"), 4500);
+  EXPECT_EQ(properties->int64("CycleCount"), 321);
+  EXPECT_EQ(properties->int64("Amperage"), -1234);
+  EXPECT_EQ(properties->int64("Voltage"), 12345);
   EXPECT_EQ(properties->int64("Temperature"), 3012);
-  EXPECT_EQ(properties->size(), 2u);
+  EXPECT_EQ(properties->size(), 6u);
   EXPECT_EQ(fakes::machine.calls, (Calls{"match", "properties", "release service"}));
 }
 

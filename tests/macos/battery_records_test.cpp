@@ -18,7 +18,10 @@ auto records() {
 }
 
 PropertyList recordOf(std::int64_t charge) {
-  return {Entries{{u"Current", {charge}}, {u"Amperage", {std::int64_t{-1200}}}}};
+  return {Entries{{u"Current", {charge}},
+                  {u"Amperage", {std::int64_t{-1200}}},
+                  {u"Voltage", {std::int64_t{11987}}},
+                  {u"Cycle Count", {std::int64_t{321}}}}};
 }
 
 TEST_F(BatteryRecordsSeam, AreThoseOfTheListInItsOrder) {
@@ -28,6 +31,8 @@ TEST_F(BatteryRecordsSeam, AreThoseOfTheListInItsOrder) {
   ASSERT_EQ(found->size(), 2u);
   EXPECT_EQ(found->front()->int64("Current"), 4500);
   EXPECT_EQ(found->front()->int64("Amperage"), -1200);
+  EXPECT_EQ(found->front()->int64("Voltage"), 11987);
+  EXPECT_EQ(found->front()->int64("Cycle Count"), 321);
   EXPECT_EQ(found->back()->int64("Current"), 300);
 }
 

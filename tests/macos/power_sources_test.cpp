@@ -3,6 +3,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
+#include <thread>
 
 #include "seam.h"
 
@@ -33,6 +34,7 @@ TEST_F(PowerSourcesSeam, ADescriptionIsTakenWithItsKindsOfValues) {
       {u"Current Capacity", {std::int64_t{4500}}},
       {u"Max Capacity", {5000.5}},
       {u"Power Source State", {u"AC Power"}},
+      {u"Time to Full Charge", {std::int64_t{-1}}},
       {u"Ignored", {PropertyList::Data()}},
   }}}};
   const auto found = sources->descriptions();
@@ -43,7 +45,8 @@ TEST_F(PowerSourcesSeam, ADescriptionIsTakenWithItsKindsOfValues) {
   EXPECT_EQ(found[0]->int64("Current Capacity"), 4500);
   EXPECT_EQ(found[0]->number("Max Capacity"), 5000.5);
   EXPECT_EQ(*found[0]->text("Power Source State"), "AC Power");
-  EXPECT_EQ(found[0]->size(), 6u);
+  EXPECT_EQ(found[0]->int64("Time to Full Charge"), -1);
+  EXPECT_EQ(found[0]->size(), 7u);
 }
 
 TEST_F(PowerSourcesSeam, SourcesAreInTheSystemsOrderWithoutThoseThatWent) {
@@ -81,6 +84,15 @@ TEST_F(PowerSourcesSeam, ASubscriptionThatWentTellsNothing) {
   auto subscription = sources->subscribe(count, &calls);
   fakes::changePowerSources();
   subscription.reset();
+  runOnce();
+  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(fakes::live().sources, 0);
+}
+
+TEST_F(PowerSourcesSeam, ASubscriptionMayGoOnAnotherThread) {
+  auto subscription = sources->subscribe(count, &calls);
+  fakes::changePowerSources();
+  std::thread([&subscription] { subscription.reset(); }).join();
   runOnce();
   EXPECT_EQ(calls, 0);
   EXPECT_EQ(fakes::live().sources, 0);
