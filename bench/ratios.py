@@ -17,7 +17,7 @@ COMPARISONS = [
     ("cpu usage", "libstatgrab cpu", 1.0),
     ("process tick", "bare reads of processes", 3.0),
     ("process tick", "one run of ps", 1 / 10),
-    ("battery update", "bare reads of supplies", 2.0),
+    ("battery update", "bare reads of supplies", 1.5),
     ("network counters", "bare list of counters", 3.0),
     ("network counters", "psutil counters", 1 / 10),
     ("configuration answer", "bare list of counters", None),
