@@ -113,6 +113,7 @@ TEST(PowerSupplyFiles, WhatNoBatteryHasIsMissing) {
   EXPECT_EQ(supplyOf("charge_now:-1").chargeNow, std::nullopt);
   EXPECT_EQ(supplyOf("charge_now:0").chargeNow, 0);
   EXPECT_EQ(supplyOf("charge_full:0").chargeFull, std::nullopt);
+  EXPECT_EQ(supplyOf("charge_full_design:0").chargeFullDesign, std::nullopt);
   EXPECT_EQ(supplyOf("energy_now:1000000000").energyNow, 1'000'000'000);
   EXPECT_EQ(supplyOf("energy_now:1000000001").energyNow, std::nullopt);
   EXPECT_EQ(supplyOf("voltage_now:0").voltageNow, std::nullopt);
@@ -153,7 +154,7 @@ TEST(PowerSourceDescription, OfEnergyIsInChargeByTheNominalVoltage) {
 }
 
 TEST(PowerSourceDescription, OfChargeIsInMilliampereHours) {
-  const auto keys = descriptionOf(fixtureOf("charge"), true);
+  const auto keys = descriptionOf(with(fixtureOf("charge"), "energy_now", "9000000"), true);
   EXPECT_EQ(numberUnder(keys, "Current Capacity"), 2105);
   EXPECT_EQ(numberUnder(keys, "Max Capacity"), 2420);
   EXPECT_EQ(*keys.text("BatteryHealth"), "Poor");

@@ -184,7 +184,9 @@ std::optional<double> lackingOf(std::int64_t now, Number full) {
 /// no voltage to tell of.
 std::optional<Flow> flowOf(const PowerSupply& battery, bool isAlone) {
   const auto nominal = nominalVoltage(battery);
-  if (battery.energyNow) {
+  // Some drivers tell both, but what a full battery holds as a charge alone.
+  const bool isByCharge = battery.chargeNow && battery.chargeFull && !battery.energyFull;
+  if (battery.energyNow && !isByCharge) {
     Flow flow{real(*battery.energyNow), lackingOf(*battery.energyNow, battery.energyFull), {}};
     if (battery.powerNow) {
       flow.rate = std::abs(real(*battery.powerNow));
