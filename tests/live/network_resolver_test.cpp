@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -82,6 +83,57 @@ TEST(LiveResolver, ALinkElsewhereIsFollowed) {
     std::filesystem::create_symlink("elsewhere/two", opened.folder.path("link"));
     std::filesystem::rename(opened.folder.path("link"), opened.folder.path("resolv.conf"));
     EXPECT_TRUE(opened.comesToBe({"10.0.0.8"}));
+  });
+}
+
+TEST(LiveResolver, ALinkToALinkIsFollowedAtEveryStep) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    const auto link = [&opened](const std::string& target, const std::string& path) {
+      const auto whole = opened.folder.path(path), made = whole + ".new";
+      std::filesystem::create_directories(std::filesystem::path(whole).parent_path());
+      std::filesystem::create_symlink(target, made);
+      std::filesystem::rename(made, whole);
+    };
+    opened.write("three/one", "nameserver 10.0.0.1\n");
+    opened.write("three/two", "nameserver 10.0.0.2\n");
+    opened.write("four/two", "nameserver 10.0.0.3\n");
+    link("three", "folder");
+    link("../folder/one", "two/step");
+    link(opened.folder.path("two/step"), "one/step");
+    link("one/step", "resolv.conf");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
+    link("../folder/two", "two/step");  // in the middle of the way
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
+    link("four", "folder");  // a folder on the way
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.3"}));
+    opened.write("four/two", "nameserver 10.0.0.4\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.4"}));
+    link("../folder/missing", "two/step");
+    EXPECT_TRUE(opened.comesToBe({}));
+    opened.write("four/missing", "nameserver 10.0.0.5\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.5"}));
+    link("../three/one", "one/step");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
+  });
+}
+
+TEST(LiveResolver, ALinkThatLeadsToItselfOrThroughAFileNamesNoServers) {
+  inNetworkNamespace([] {
+    withRoute();
+    Resolving opened;
+    opened.write("file", "nameserver 10.0.0.1\n");
+    std::filesystem::create_symlink("file/further", opened.folder.path("resolv.conf"));
+    comesToHold([] { return false; }, std::chrono::milliseconds(30));
+    EXPECT_EQ(opened.servers("va"), Texts{});
+    std::filesystem::remove(opened.folder.path("resolv.conf"));
+    std::filesystem::create_symlink("resolv.conf", opened.folder.path("resolv.conf"));
+    comesToHold([] { return false; }, std::chrono::milliseconds(30));
+    EXPECT_EQ(opened.servers("va"), Texts{});
+    std::filesystem::remove(opened.folder.path("resolv.conf"));
+    opened.write("resolv.conf", "nameserver 10.0.0.2\n");
+    EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
   });
 }
 

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
+#include <list>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -32,14 +34,41 @@ std::vector<std::string> serversIn(const std::string& path) {
   return text ? parseResolvConf(*text) : std::vector<std::string>();
 }
 
-/// The nearest folder above `path` that is there: what is missing below shows up in it.
-std::string folderAbove(const std::string& path) {
-  std::error_code ignored;
-  auto folder = std::filesystem::path(path).parent_path();
-  while (!folder.empty() && folder != folder.root_path() &&
-         !std::filesystem::is_directory(folder, ignored))
-    folder = folder.parent_path();
-  return folder.string();
+/// Where a path leads, and through which folders: those that it would show up in if another item
+/// came to stand for a link on its way, for its last part, or for the first that is missing.
+struct Way {
+  std::set<std::filesystem::path> folders;
+  std::filesystem::path file;  ///< where links have led; empty where that is no file
+};
+
+Way wayTo(const std::filesystem::path& path) {
+  constexpr int mostLinks = 40;  // as the kernel follows
+  Way way;
+  std::error_code failed;
+  auto at = path.root_path();
+  std::list<std::filesystem::path> parts(path.begin(), path.end());
+  for (int links = 0; !parts.empty();) {
+    const auto part = std::move(parts.front());
+    parts.pop_front();
+    if (part.has_root_directory() || part.empty() || part == ".") continue;
+    if (part == "..") {
+      at = at.parent_path();
+      continue;
+    }
+    const auto status = std::filesystem::symlink_status(at / part, failed);
+    const bool isOnTheWay = std::filesystem::is_directory(status) && !parts.empty();
+    if (!isOnTheWay) way.folders.insert(at);
+    if (isOnTheWay || (std::filesystem::is_regular_file(status) && parts.empty())) {
+      at /= part;
+      continue;
+    }
+    const auto target = std::filesystem::read_symlink(at / part, failed);
+    if (failed || ++links > mostLinks) return way;
+    if (target.is_absolute()) at = target.root_path();
+    parts.insert(parts.begin(), target.begin(), target.end());
+  }
+  way.file = std::move(at);
+  return way;
 }
 
 }  // namespace
@@ -67,20 +96,17 @@ const std::vector<std::string>& ResolverFiles::look() {
   return servers_;
 }
 
-/// Watches the files and what leads to them, links resolved, as they stand now.
+/// Watches the files and every step that leads to them, as they stand now.
 void ResolverFiles::watch() {
   std::vector<int> watches;
-  const auto add = [&](const std::string& path, std::uint32_t events) {
+  const auto add = [&](const std::filesystem::path& path, std::uint32_t events) {
     const int number = ::inotify_add_watch(instance_.get(), path.c_str(), events | IN_MASK_ADD);
     if (number >= 0) watches.push_back(number);
   };
   for (const auto& path : {paths_.configuration, paths_.behindStub}) {
-    add(folderAbove(path), inFolder);
-    std::error_code missing;
-    const auto target = std::filesystem::canonical(path, missing);
-    if (missing) continue;
-    add(folderAbove(target.string()), inFolder);
-    add(target.string(), ofFile);
+    const auto way = wayTo(path);
+    for (const auto& folder : way.folders) add(folder, inFolder);
+    if (!way.file.empty()) add(way.file, ofFile);
   }
   std::sort(watches.begin(), watches.end());
   watches.erase(std::unique(watches.begin(), watches.end()), watches.end());
