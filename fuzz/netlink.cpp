@@ -75,10 +75,12 @@ void takeIn(NetworkModel& network, std::string_view payload) {
     require(::inet_pton(family, address->address.c_str(), bytes) == 1, "an address is one");
     network.addresses.push_back(std::move(*address));
   }
-  if (auto route = parseDefaultRoute(payload)) {
-    require(isAboutDefaultRoute(payload) && route->index != 0, "a route leads somewhere");
-    network.routes.push_back(std::move(*route));
+  for (auto& route : parseDefaultRoutes(payload)) {
+    require(familyOfDefaultRoute(payload) == route.family && route.index != 0,
+            "a route leads somewhere");
+    network.routes.push_back(std::move(route));
   }
+  isBeyondDefaultRoutes(payload);
   if (const auto index = parseWirelessInterface(payload)) network.wireless.push_back(*index);
 }
 

@@ -79,45 +79,6 @@ TEST(LiveConfiguration, AddressesAndLinkStateAgreeWithIp) {
   });
 }
 
-TEST(LiveConfiguration, RoutesAgreeWithIp) {
-  inNetworkNamespace([] {
-    addPair("va", "vb");
-    ip("addr add 10.1.0.2/24 dev va");
-    ip("addr add 10.2.0.2/24 dev vb");
-    Opened opened;
-    EXPECT_EQ(opened.primary(), "");
-    ASSERT_TRUE(comesToHold([&] { return opened.active("va") == true; }));
-    ip("route add default via 10.1.0.1 dev va metric 100");
-    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "va"; }));
-    ip("route add default via 10.2.0.1 dev vb metric 50");
-    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "vb"; }));
-    const auto routes = ipTold("route show default");
-    ASSERT_EQ(routes.size(), 2u);
-    EXPECT_EQ(textOf(opened.state("vb", "IPv4"), "Router"), routes[0]["gateway"]);
-    EXPECT_EQ(textOf(opened.state("va", "IPv4"), "Router"), routes[1]["gateway"]);
-    EXPECT_EQ(opened.order(), (Texts{opened.serviceOf("vb"), opened.serviceOf("va")}));
-    EXPECT_EQ(textOf(opened.session->value("State:/Network/Global/IPv4"), "PrimaryService"),
-              opened.serviceOf("vb"));
-  });
-}
-
-TEST(LiveConfiguration, RoutesThatGoWithoutAWordAreSeenToGo) {
-  inNetworkNamespace([] {
-    addPair("va", "vb");
-    ip("addr add 10.1.0.2/24 dev va");
-    ip("addr add 10.2.0.2/24 dev vb");
-    ip("route add default via 10.1.0.1 dev va metric 100");
-    ip("route add default via 10.2.0.1 dev vb metric 200");
-    Opened opened;
-    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "va"; }));
-    ip("addr del 10.1.0.2/24 dev va");
-    EXPECT_TRUE(comesToHold([&] { return opened.primary() == "vb"; }));
-    ip("link set vb down");
-    EXPECT_TRUE(comesToHold([&] { return opened.primary().empty(); }));
-    EXPECT_TRUE(ipTold("route show default").empty());
-  });
-}
-
 TEST(LiveConfiguration, ALinkGoesDownAndUpIsRenamedRemovedAndAdded) {
   inNetworkNamespace([] {
     addPair("va", "vb");

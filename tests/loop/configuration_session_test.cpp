@@ -1,126 +1,22 @@
 // How a session of the configuration follows what a kernel tells that a test plays.
 
-#include "vantile/platform/linux/configuration_session.h"
-
 #include <gtest/gtest.h>
 #include <linux/rtnetlink.h>
 #include <sys/eventfd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "vantile/platform/posix/descriptor.h"
-
-#include "fakes/fake_netlink.h"
-#include "fakes/temporary_folder.h"
+#include "loop/played_session.h"
 
 namespace vantile {
 namespace {
 
-using namespace std::string_literals;
-using testing::addressPayload;
-using testing::defaultRoutePayload;
-using testing::FakeNetlink;
-using testing::linkPayload;
-using testing::message;
+using namespace testing;
 using Outcome = NetlinkChannel::Outcome;
-using Texts = std::vector<std::string>;
-
-constexpr std::uint32_t running = 0x10001;
-const auto address = "\x0A\x01\x00\x02"s, gateway = "\x0A\x01\x00\x01"s;
-
-struct FakeManager final : NetworkManagerClient {
-  explicit FakeManager(const std::vector<ManagedConnection>& all) : all_(all) {}
-  const std::vector<ManagedConnection>& connections() const override { return all_; }
-  const std::vector<ManagedConnection>& all_;
-};
-
-/// A session on the loop of a thread of its own.
-struct Session {
-  Session() {
-    kernel.descriptor = counter.get();
-    links({linkPayload(1, "lo", running | 8, 772), linkPayload(2, "eth0", running)});
-    kernel.answers[RTM_GETADDR] = FakeNetlink::list(RTM_NEWADDR, {addressPayload(2, 24, address)});
-    routes({defaultRoutePayload(2, 100, gateway)});
-    sources.open = kernel.opener();
-    sources.resolver = {folder.path("resolv.conf"), folder.path("stub")};
-    sources.follow = [this](std::function<void()> changed) {
-      managerChanged = std::move(changed);
-      return std::make_unique<FakeManager>(connections);
-    };
-  }
-
-  bool open() {
-    session = LinuxConfigurationSession::open(sources, [this] {
-      ++told;
-      if (whenTold) whenTold();
-    });
-    return session != nullptr;
-  }
-  void links(std::vector<std::string> payloads) {
-    kernel.answers[RTM_GETLINK] = FakeNetlink::list(RTM_NEWLINK, std::move(payloads));
-  }
-  void routes(std::vector<std::string> payloads) {
-    kernel.answers[RTM_GETROUTE] = FakeNetlink::list(RTM_NEWROUTE, std::move(payloads));
-  }
-  void tell(const std::string& datagram) {
-    kernel.tell(datagram);
-    ::eventfd_write(counter.get(), 1);
-  }
-  void fail(Outcome outcome) {
-    kernel.events.emplace_back(outcome, "");
-    ::eventfd_write(counter.get(), 1);
-  }
-  /// Serves the loop for so long.
-  void serve(std::chrono::milliseconds time = std::chrono::milliseconds(60)) {
-    auto& loop = RunLoop::current();
-    const auto readable = loop.after(std::chrono::milliseconds(2), [this] {
-      eventfd_t ignored = 0;  // the fake kernel has no socket that would empty itself
-      ::eventfd_read(counter.get(), &ignored);
-    });
-    const auto end = loop.after(time, [&loop] { loop.stop(); });
-    loop.run();
-  }
-
-  Texts devices() {
-    Texts names;
-    for (const auto& service : textsOf("Setup:/Network/Global/IPv4", "ServiceOrder"))
-      names.push_back(text("Setup:/Network/Service/" + service + "/Interface", "DeviceName"));
-    return names;
-  }
-  Texts textsOf(const std::string& key, std::string_view name) {
-    Texts texts;
-    const auto dictionary = session->value(key);
-    const auto* const value = dictionary ? dictionary->find(name) : nullptr;
-    if (!value) return texts;
-    for (const auto& each : **value->as<std::shared_ptr<Array>>())
-      texts.push_back(*each.as<std::string>());
-    return texts;
-  }
-  std::string text(const std::string& key, std::string_view name) {
-    const auto dictionary = session->value(key);
-    const auto* const found = dictionary ? dictionary->text(name) : nullptr;
-    return found ? *found : std::string();
-  }
-  std::string primary() { return text("State:/Network/Global/IPv4", "PrimaryInterface"); }
-  auto asked(std::uint16_t type) const {
-    return std::count(kernel.requests.begin(), kernel.requests.end(), type);
-  }
-
-  Descriptor counter{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
-  FakeNetlink kernel;
-  testing::TemporaryFolder folder;
-  std::vector<ManagedConnection> connections;
-  std::function<void()> managerChanged, whenTold;
-  ConfigurationSources sources;
-  int told = 0;
-  std::unique_ptr<LinuxConfigurationSession> session;
-};
+using Session = PlayedSession;
 
 template <class Body>
 void onNewThread(Body body) {
@@ -208,16 +104,6 @@ TEST(ConfigurationSession, OnlyDefaultRoutesAreListedAnewForARoute) {
   });
 }
 
-TEST(ConfigurationSession, RoutesAreListedAnewWhenALinkChanges) {
-  onNewThread([](Session& it) {
-    ASSERT_TRUE(it.open());
-    it.routes({});
-    it.tell(message(RTM_NEWLINK, linkPayload(2, "eth0", 0)));
-    it.serve();
-    EXPECT_EQ(it.primary(), "");
-  });
-}
-
 TEST(ConfigurationSession, ARouteThatGoesAfterItsAddressIsSeenToGo) {
   onNewThread([](Session& it) {
     ASSERT_TRUE(it.open());
@@ -254,52 +140,6 @@ TEST(ConfigurationSession, AChannelThatFailsIsOpenedAnew) {
     it.tell(message(RTM_NEWLINK, linkPayload(8, "usb0", running)));
     it.serve();
     EXPECT_EQ(it.devices(), (Texts{"wlan0", "usb0"}));
-  });
-}
-
-TEST(ConfigurationSession, AChannelThatCantBeOpenedYetIsTriedAgain) {
-  onNewThread([](Session& it) {
-    ASSERT_TRUE(it.open());
-    it.links({linkPayload(7, "wlan0", running)});
-    it.kernel.opens = false;
-    it.fail(Outcome::failed);
-    it.serve();
-    it.kernel.opens = true;
-    it.kernel.descriptor = -1;  // which the loop refuses
-    it.serve(std::chrono::milliseconds(400));
-    EXPECT_EQ(it.told, 0);
-    it.kernel.descriptor = it.counter.get();
-    it.serve(std::chrono::milliseconds(400));
-    EXPECT_EQ(it.devices(), Texts{"wlan0"});
-    EXPECT_EQ(it.told, 1);
-  });
-}
-
-TEST(ConfigurationSession, ServersAreLookedAtWithEveryChange) {
-  onNewThread([](Session& it) {
-    ASSERT_TRUE(it.open());
-    std::ofstream(it.folder.path("resolv.conf")) << "nameserver 10.0.0.1\n";
-    it.managerChanged();
-    it.serve();
-    EXPECT_EQ(it.textsOf("State:/Network/Service/interface-eth0/DNS", "ServerAddresses"),
-              Texts{"10.0.0.1"});
-  });
-}
-
-TEST(ConfigurationSession, WhatIsRefusedIsAskedForAgain) {
-  onNewThread([](Session& it) {
-    ASSERT_TRUE(it.open());
-    const auto answer = it.kernel.answers[RTM_GETADDR];
-    it.kernel.answers[RTM_GETADDR] = FakeNetlink::refusal(ENOMEM);
-    it.tell(message(RTM_NEWADDR, addressPayload(2, 24, gateway)));
-    it.serve();
-    EXPECT_EQ(it.told, 0);
-    it.kernel.answers[RTM_GETADDR] =
-        FakeNetlink::list(RTM_NEWADDR, {addressPayload(2, 24, gateway)});
-    it.serve(std::chrono::milliseconds(400));
-    EXPECT_EQ(it.told, 1);
-    EXPECT_EQ(it.textsOf("State:/Network/Service/interface-eth0/IPv4", "Addresses"),
-              Texts{"10.1.0.1"});
   });
 }
 

@@ -40,9 +40,9 @@ class ConfigurationStore {
   /// `keys` has changed; null when any step fails.
   /// macOS: SCDynamicStoreCreate, SCDynamicStoreSetNotificationKeys and
   /// SCDynamicStoreCreateRunLoopSource, in the loop's default mode; it is called at each of the
-  /// store's notifications. Linux: rtnetlink's groups, the resolver's file and the bus; a short
-  /// burst of changes is told once, a long one every few milliseconds, and every change of the
-  /// configuration is told, whichever keys were asked for: all of them hang together.
+  /// store's notifications. Linux: rtnetlink's groups, the resolver's file and the bus; a burst of
+  /// changes is told once, when it is over, one that does not end five times a second, and every
+  /// change of the configuration is told, whichever keys were asked for: all of them hang together.
   virtual std::unique_ptr<ConfigurationSession> open(std::string_view name,
                                                      const ConfigurationKeys& keys,
                                                      std::function<void()> changed) = 0;

@@ -45,8 +45,8 @@ struct NetworkTable : ::testing::Test {
     network.addresses.push_back({index, AddressFamily::ipv4, prefix, text});
   }
   void route(std::uint32_t index, std::uint32_t metric, const std::string& gateway,
-             bool linkDown = false, AddressFamily family = AddressFamily::ipv4) {
-    network.routes.push_back({index, family, metric, gateway, linkDown});
+             bool dead = false, AddressFamily family = AddressFamily::ipv4) {
+    network.routes.push_back({index, family, metric, gateway, dead});
   }
 
   const Dictionary* at(const std::string& key) {
@@ -126,12 +126,40 @@ TEST_F(NetworkTable, OfSeveralDefaultRoutesTheLeastMetricCountsTheFirstOfEquals)
   EXPECT_EQ(text("State:/Network/Global/IPv4", "PrimaryInterface"), "wlan0");
 }
 
-TEST_F(NetworkTable, ARouteWithoutACarrierCountsWhereThereIsNoOther) {
+TEST_F(NetworkTable, ARouteWithoutACarrierCountsByItsMetricAsTheKernelHasIt) {
+  network.routes.clear();
+  route(2, 100, "192.168.1.1");
+  route(3, 1, "10.3.0.1");
+  EXPECT_EQ(text("State:/Network/Global/IPv4", "PrimaryInterface"), "wlan0");
+  EXPECT_EQ(at("State:/Network/Interface/wlan0/Link")->boolean("Active"), false);
+  EXPECT_EQ(order(), (Texts{wlan0, eth0, br0}));
+}
+
+TEST_F(NetworkTable, ADeadRouteIsPassedOver) {
   network.routes.clear();
   route(3, 1, "10.3.0.1", true);
-  EXPECT_EQ(text("State:/Network/Global/IPv4", "PrimaryInterface"), "wlan0");
+  EXPECT_FALSE(at("State:/Network/Global/IPv4"));
   route(2, 100, "192.168.1.1");
   EXPECT_EQ(text("State:/Network/Global/IPv4", "PrimaryInterface"), "eth0");
+  EXPECT_EQ(order(), (Texts{eth0, wlan0, br0}));
+  EXPECT_FALSE(at("State:/Network/Service/" + wlan0 + "/IPv4"));
+}
+
+TEST_F(NetworkTable, ARouteOverALinkThatIsDownIsNone) {
+  route(3, 1, "10.3.0.1");
+  link(3, "wlan0", 1, 0, "", "0000:02:00.0", "\x52\x54\x00\x00\x00\x07"s);
+  EXPECT_EQ(text("State:/Network/Global/IPv4", "PrimaryInterface"), "eth0");
+  EXPECT_FALSE(at("State:/Network/Service/" + wlan0 + "/IPv4"));
+  link(3, "wlan0", 1, up, "", "0000:02:00.0", "\x52\x54\x00\x00\x00\x07"s);
+  EXPECT_EQ(text("State:/Network/Global/IPv4", "PrimaryInterface"), "wlan0");
+}
+
+TEST_F(NetworkTable, LinksWithADefaultRouteOfIPv6AloneComeAfterThoseOfIPv4BeforeTheRest) {
+  link(5, "eth1", 1, running, "", "0000:03:00.0");
+  link(6, "eth2", 1, running, "", "0000:04:00.0");
+  route(6, 1, "fe80::9", false, AddressFamily::ipv6);
+  route(4, 0, "fe80::8", false, AddressFamily::ipv6);
+  EXPECT_EQ(order(), (Texts{eth0, br0, "interface-eth2", wlan0, "interface-eth1"}));
 }
 
 TEST_F(NetworkTable, WithoutADefaultRouteThereIsNoPrimaryService) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vantile/platform/parsers/netlink.h"
@@ -25,6 +26,22 @@ using testing::RouteHeader;
 using testing::routePayload;
 
 const auto gateway = "\x0A\x01\x02\x01"s;
+
+/// A way of a route that has several: flags and the rest of rtnexthop.
+std::string hop(std::uint32_t link, std::uint8_t flags, std::string_view to) {
+  const auto more = attribute(5, to);
+  return bytesOf(static_cast<std::uint16_t>(8 + more.size())) + bytesOf(flags) + "\0"s +
+         bytesOf(link) + more;
+}
+
+/// The default routes of the recorded messages.
+std::vector<DefaultRoute> recordedRoutes(const std::string& datagrams) {
+  std::vector<DefaultRoute> all;
+  NetlinkMessages messages(datagrams);
+  while (const auto message = messages.next())
+    for (auto& route : parseDefaultRoutes(message->payload)) all.push_back(std::move(route));
+  return all;
+}
 
 /// What `parse` makes of the recorded messages that it takes.
 template <class Parse>
@@ -135,108 +152,109 @@ TEST(Addresses, OfAnotherSizeOrFamilyAreNone) {
 }
 
 TEST(DefaultRoutes, AreReadAsRecorded) {
-  const auto ipv4 = recorded(fixture("netlink-routes.bin"), parseDefaultRoute);
-  const std::vector<DefaultRoute> expected = {{4, AddressFamily::ipv4, 50, "10.9.0.2", true},
+  const std::vector<DefaultRoute> expected = {{4, AddressFamily::ipv4, 50, "10.9.0.2", false},
                                               {3, AddressFamily::ipv4, 100, "10.1.2.1", false},
-                                              {3, AddressFamily::ipv4, 300, "10.1.2.7", false}};
-  EXPECT_EQ(ipv4, expected);
-  const auto ipv6 = recorded(fixture("netlink-routes-ipv6.bin"), parseDefaultRoute);
+                                              {3, AddressFamily::ipv4, 300, "10.1.2.7", false},
+                                              {4, AddressFamily::ipv4, 300, "10.9.0.2", false}};
+  EXPECT_EQ(recordedRoutes(fixture("netlink-routes.bin")), expected);
   const std::vector<DefaultRoute> expected6 = {{3, AddressFamily::ipv6, 512, "fd00:1::1", false}};
-  EXPECT_EQ(ipv6, expected6);
+  EXPECT_EQ(recordedRoutes(fixture("netlink-routes-ipv6.bin")), expected6);
 }
 
 TEST(DefaultRoutes, WithoutAGatewayOrMetricAreRoutes) {
-  const auto route = parseDefaultRoute(routePayload({}, attribute(4, bytesOf(std::uint32_t{9}))));
-  ASSERT_TRUE(route);
-  EXPECT_EQ(route->index, 9u);
-  EXPECT_EQ(route->metric, 0u);
-  EXPECT_EQ(route->gateway, "");
+  const auto routes = parseDefaultRoutes(routePayload({}, attribute(4, bytesOf(std::uint32_t{9}))));
+  EXPECT_EQ(routes, (std::vector<DefaultRoute>{{9, AddressFamily::ipv4, 0, "", false}}));
 }
 
 TEST(DefaultRoutes, RoutesToSomewhereAreNone) {
   RouteHeader header;
   header.destinationBits = 16;
   const auto payload = routePayload(header, attribute(4, bytesOf(std::uint32_t{9})));
-  EXPECT_FALSE(parseDefaultRoute(payload));
-  EXPECT_FALSE(isAboutDefaultRoute(payload));
+  EXPECT_TRUE(parseDefaultRoutes(payload).empty());
+  EXPECT_EQ(familyOfDefaultRoute(payload), AddressFamily::none);
 }
 
 TEST(DefaultRoutes, OfOtherTablesAreNone) {
   RouteHeader header;
   header.table = 77;
-  EXPECT_FALSE(parseDefaultRoute(routePayload(header, attribute(4, bytesOf(std::uint32_t{9})))));
-  const auto wide =
-      attribute(4, bytesOf(std::uint32_t{9})) + attribute(15, bytesOf(std::uint32_t{1000}));
-  EXPECT_FALSE(parseDefaultRoute(routePayload({}, wide)));
-}
-
-TEST(DefaultRoutes, ThatRefuseOrAreDeadAreNoneButNews) {
-  RouteHeader blackhole;
-  blackhole.type = 6;
   const auto link = attribute(4, bytesOf(std::uint32_t{9}));
-  EXPECT_FALSE(parseDefaultRoute(routePayload(blackhole, link)));
-  EXPECT_TRUE(isAboutDefaultRoute(routePayload(blackhole, link)));
-  EXPECT_FALSE(parseDefaultRoute(defaultRoutePayload(9, 0, gateway, 1)));
-  EXPECT_TRUE(isAboutDefaultRoute(defaultRoutePayload(9, 0, gateway, 1)));
-  EXPECT_FALSE(parseDefaultRoute(routePayload({}, "")));
-}
-
-TEST(DefaultRoutes, ForSomeSourcesOrServicesAloneAreNone) {
-  const auto link = attribute(4, bytesOf(std::uint32_t{9}));
-  for (const std::size_t place : {2u, 3u}) {  // rtm_src_len, rtm_tos
-    auto payload = routePayload({}, link);
-    payload[place] = 8;
-    EXPECT_FALSE(parseDefaultRoute(payload)) << place;
-    EXPECT_TRUE(isAboutDefaultRoute(payload)) << place;
+  const auto wide = link + attribute(15, bytesOf(std::uint32_t{1000}));
+  for (const auto& payload : {routePayload(header, link), routePayload({}, wide)}) {
+    EXPECT_TRUE(parseDefaultRoutes(payload).empty());
+    EXPECT_EQ(familyOfDefaultRoute(payload), AddressFamily::none);
   }
 }
 
-constexpr std::uint8_t dead = 1, withoutCarrier = 16;
-
-std::string hop(std::uint32_t link, std::uint8_t flags, std::string_view to = gateway) {
-  const auto more = attribute(5, to);
-  return bytesOf(static_cast<std::uint16_t>(8 + more.size())) + bytesOf(flags) + "\0"s +
-         bytesOf(link) + more;
+TEST(DefaultRoutes, ForATypeOfServiceAreNoneButNews) {
+  auto payload = defaultRoutePayload(9, 0, gateway);
+  payload[3] = 0x10;
+  EXPECT_TRUE(parseDefaultRoutes(payload).empty());
+  EXPECT_EQ(familyOfDefaultRoute(payload), AddressFamily::ipv4);
 }
 
-std::optional<DefaultRoute> routeOver(const std::string& hops) {
-  return parseDefaultRoute(routePayload({}, attribute(9, hops)));
+TEST(DefaultRoutes, ThatRefuseAreNoneButNews) {
+  RouteHeader blackhole;
+  blackhole.type = 6;
+  const auto payload = routePayload(blackhole, attribute(4, bytesOf(std::uint32_t{9})));
+  EXPECT_TRUE(parseDefaultRoutes(payload).empty());
+  EXPECT_EQ(familyOfDefaultRoute(payload), AddressFamily::ipv4);
+  EXPECT_TRUE(parseDefaultRoutes(routePayload({}, "")).empty());
 }
 
-TEST(DefaultRoutes, OfSeveralHopsTheFirstWithACarrierCounts) {
-  const auto other = "\x0A\x01\x02\x02"s;
-  const auto route =
-      routeOver(hop(4, dead) + hop(5, withoutCarrier) + hop(6, 0, other) + hop(7, 0));
-  ASSERT_TRUE(route);
-  EXPECT_EQ(route->index, 6u);
-  EXPECT_EQ(route->gateway, "10.1.2.2");
-  EXPECT_FALSE(route->linkDown);
+TEST(DefaultRoutes, ThatTheKernelPassesOverAreDead) {
+  // RTNH_F_DEAD, as where `ignore_routes_with_linkdown` is set too, and RTNH_F_LINKDOWN.
+  for (const auto& [flags, dead] : {std::pair{1u, true}, {17u, true}, {16u, false}, {0u, false}}) {
+    const auto routes = parseDefaultRoutes(defaultRoutePayload(9, 0, gateway, flags));
+    ASSERT_EQ(routes.size(), 1u);
+    EXPECT_EQ(routes[0].dead, dead) << flags;
+  }
 }
 
-TEST(DefaultRoutes, AHopWithoutACarrierCountsWhereTheOthersAreDead) {
-  const auto route = routeOver(hop(4, dead) + hop(5, withoutCarrier) + hop(6, withoutCarrier));
-  ASSERT_TRUE(route);
-  EXPECT_EQ(route->index, 5u);
-  EXPECT_TRUE(route->linkDown);
-  EXPECT_FALSE(routeOver(hop(4, dead) + hop(5, dead | withoutCarrier)));
+TEST(DefaultRoutes, OfSeveralWaysEachIsOne) {
+  const auto ways = hop(5, 17, gateway) + hop(0, 0, gateway) + hop(6, 0, "\x0A\x01\x02\x02"s);
+  const auto routes = parseDefaultRoutes(
+      routePayload({}, attribute(6, bytesOf(std::uint32_t{7})) + attribute(9, ways)));
+  const std::vector<DefaultRoute> expected = {{5, AddressFamily::ipv4, 7, "10.1.2.1", true},
+                                              {6, AddressFamily::ipv4, 7, "10.1.2.2", false}};
+  EXPECT_EQ(routes, expected);
 }
 
-TEST(DefaultRoutes, AHopBehindOneWhoseLengthLiesIsNotReached) {
-  const auto lying = bytesOf(std::uint16_t{4}) + std::string(6, '\1');
-  EXPECT_FALSE(routeOver(hop(4, dead) + lying + hop(6, 0)));
-}
-
-TEST(DefaultRoutes, HopsWhoseLengthLiesAreNone) {
-  const auto lying = bytesOf(std::uint16_t{200}) + std::string(6, '\1');
-  EXPECT_FALSE(parseDefaultRoute(routePayload({}, attribute(9, lying))));
-  EXPECT_FALSE(parseDefaultRoute(routePayload({}, attribute(9, bytesOf(std::uint16_t{4})))));
+TEST(DefaultRoutes, AWayWhoseLengthLiesEndsThem) {
+  const auto ways = [](const std::string& bytes) {
+    return parseDefaultRoutes(routePayload({}, attribute(9, bytes))).size();
+  };
+  for (const int length : {200, 7, 4, 0}) {
+    const auto lying = bytesOf(static_cast<std::uint16_t>(length)) + std::string(6, '\1');
+    EXPECT_EQ(ways(lying), 0u);
+    EXPECT_EQ(ways(hop(5, 0, gateway) + lying + hop(6, 0, gateway)), 1u);
+  }
+  EXPECT_EQ(ways(hop(5, 0, gateway) + "\x08"), 1u);
 }
 
 TEST(DefaultRoutes, ThatAreCutOffAreNone) {
-  EXPECT_FALSE(parseDefaultRoute(""));
-  EXPECT_FALSE(parseDefaultRoute(defaultRoutePayload(9, 0, gateway).substr(0, 11)));
-  EXPECT_FALSE(isAboutDefaultRoute(""));
-  EXPECT_FALSE(isAboutDefaultRoute("\x02"));
+  const auto cut = defaultRoutePayload(9, 0, gateway).substr(0, 11);
+  EXPECT_TRUE(parseDefaultRoutes("").empty());
+  EXPECT_TRUE(parseDefaultRoutes(cut).empty());
+  EXPECT_EQ(familyOfDefaultRoute(cut), AddressFamily::none);
+  EXPECT_EQ(familyOfDefaultRoute(""), AddressFamily::none);
+  EXPECT_EQ(familyOfDefaultRoute("\x02"), AddressFamily::none);
+}
+
+TEST(DefaultRoutes, EndWithTheFirstDestinationThatIsNotZero) {
+  RouteHeader header;
+  header.destinationBits = 24;
+  const auto elsewhere = attribute(1, "\0\0\1\0"s), zero = attribute(1, "\0\0\0\0"s);
+  EXPECT_TRUE(isBeyondDefaultRoutes(routePayload(header, elsewhere)));
+  EXPECT_FALSE(isBeyondDefaultRoutes(routePayload(header, zero)));
+  EXPECT_FALSE(isBeyondDefaultRoutes(routePayload(header, "")));
+  EXPECT_FALSE(isBeyondDefaultRoutes(""));
+  // Before Linux 4.20 other tables are listed before the main one.
+  header.table = 77;
+  EXPECT_FALSE(isBeyondDefaultRoutes(routePayload(header, elsewhere)));
+  // IPv6's default routes are the last of their table.
+  header = {};
+  header.family = 10;
+  EXPECT_FALSE(isBeyondDefaultRoutes(routePayload(header, attribute(1, std::string(16, '\2')))));
 }
 
 TEST(Counters, AreWiderThan32Bits) {

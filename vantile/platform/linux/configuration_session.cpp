@@ -4,30 +4,22 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <system_error>
 #include <utility>
-
-#include "vantile/platform/linux/link_requests.h"
 
 namespace vantile {
 namespace {
 
 using namespace std::chrono_literals;
 
-// A burst of changes ends with a quiet millisecond; a long one is told in pieces.
-constexpr auto quiet = 1ms, longestBurst = 3ms;
 // The kernel tells that an address goes before it lets go of the routes that hang on it.
 constexpr auto secondLook = 20ms;
-constexpr auto untilRetry = 250ms;
 
 constexpr int mostReads = 1024;  // before the loop's other work has its turn
-constexpr unsigned groups =
-    RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
-
-bool isUsable(NetlinkLister::Outcome outcome) {
-  // What changed while it was listed is told as well.
-  return outcome == NetlinkLister::Outcome::whole || outcome == NetlinkLister::Outcome::interrupted;
-}
+constexpr unsigned hopGroup = 1u << (RTNLGRP_NEXTHOP - 1);
+constexpr unsigned groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR |
+                            RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE | hopGroup;
 
 }  // namespace
 
@@ -35,7 +27,7 @@ LinuxConfigurationSession::LinuxConfigurationSession(const ConfigurationSources&
                                                      std::function<void()> changed)
     : sources_(sources),
       changed_(std::move(changed)),
-      lister_(NETLINK_ROUTE, sources.open),
+      lists_(sources.open),
       generic_(sources.open) {}
 
 std::unique_ptr<LinuxConfigurationSession> LinuxConfigurationSession::open(
@@ -45,15 +37,17 @@ std::unique_ptr<LinuxConfigurationSession> LinuxConfigurationSession::open(
   auto& self = *session;
   // Followed before it is listed: what comes in between is told.
   if (!self.follow()) return nullptr;
-  self.resolver_ = std::make_unique<ResolverFiles>(sources.resolver, [&self] {
-    self.stale_.servers = true;
-    self.settleSoon();
-  });
+  self.resolver_ =
+      std::make_unique<ResolverFiles>(sources.resolver, [&self] { self.settleSoon(); });
   self.manager_ = sources.follow([&self] {
     self.isNews_ = true;
     self.settleSoon();
   });
-  if (!self.refresh()) return nullptr;
+  self.refresh(true);
+  auto needed = self.stale_;
+  needed.wireless = false;  // their kind may be told later
+  if (needed.any()) return nullptr;
+  self.tryAgain();
   self.isNews_ = false;
   return session;
 }
@@ -71,7 +65,8 @@ bool LinuxConfigurationSession::follow() {
   if (!events_) return false;
   source_ = std::make_unique<DescriptorSource>(events_->descriptor(), [this] {
     drain();
-    if (stale_.any() || isNews_) settleSoon();
+    if (std::exchange(isHeard_, false)) settleSoon();
+    if (!events_) tryAgain();
   });
   return true;
 }
@@ -98,10 +93,12 @@ bool LinuxConfigurationSession::drain() {
         return true;
       case NetlinkChannel::Outcome::overrun:
         stale_ = Stale::everything();
+        isHeard_ = true;
         break;
       case NetlinkChannel::Outcome::failed:
         stale_ = Stale::everything();
-        return followAnew();
+        isHeard_ = followAnew();
+        return isHeard_;
     }
   }
   return false;
@@ -119,11 +116,14 @@ void LinuxConfigurationSession::takeIn(std::string_view datagram) {
         addressWent_ = true;
         [[fallthrough]];
       case RTM_NEWADDR:
-        stale_.addresses = stale_.routes = true;
+        stale_.addresses = stale_.routes = isHeard_ = true;
         break;
       case RTM_NEWROUTE:
       case RTM_DELROUTE:
-        if (isAboutDefaultRoute(message->payload)) stale_.routes = true;
+        takeRoute(familyOfDefaultRoute(message->payload));
+        break;
+      case RTM_DELNEXTHOP:
+        takeRoute(AddressFamily::ipv4);  // those that led there go without a word
         break;
       default:
         break;
@@ -134,104 +134,99 @@ void LinuxConfigurationSession::takeIn(std::string_view datagram) {
 void LinuxConfigurationSession::takeLink(bool came, std::string_view payload) {
   const auto link = parseLinkMessage(payload);
   if (!link) return;
-  if (came && link->kind.empty() && !network_.link(link->index)) stale_.wireless = true;
+  const auto* const known = network_.link(link->index);
+  if (came && link->kind.empty() && !known) stale_.wireless = true;
+  const auto wasUp = known && known->up, wasActive = known && known->active;
   const bool changed = came ? network_.keep(*link) : network_.forget(link->index);
   if (!changed) return;
-  isNews_ = true;
-  stale_.addresses = stale_.routes = true;
+  isNews_ = isHeard_ = stale_.addresses = true;
+  const auto* const now = network_.link(link->index);
+  if (now && now->up == wasUp && now->active == wasActive) return;
+  // Routes over it went without a word, or are dead or alive again.
+  stale_.routes = true;
+  stale_.ipv6Routes |= network_.leadsOver(AddressFamily::ipv6, link->index);
+}
+
+void LinuxConfigurationSession::takeRoute(AddressFamily family) {
+  if (family == AddressFamily::none) return;
+  (family == AddressFamily::ipv4 ? stale_.routes : stale_.ipv6Routes) = isHeard_ = true;
 }
 
 void LinuxConfigurationSession::settleSoon() {
   auto& loop = RunLoop::current();
   const auto now = loop.now();
-  if (!burstBegan_) burstBegan_ = now;
-  const auto due = std::min(now + quiet, *burstBegan_ + longestBurst);
-  settling_ = loop.after(std::max<RunLoop::Duration>(due - now, 0ms), [this] { settle(); });
+  const auto due = std::max(burst_.change(now), now);
+  settling_ = loop.after(due - now, [this] { settle(); });
+}
+
+void LinuxConfigurationSession::settleUnlessInABurst() {
+  if (!settling_.isValid()) settle();
 }
 
 /// Asks for what is stale and tells of it where it is news.
 void LinuxConfigurationSession::settle() {
-  burstBegan_.reset();
-  // A list must not be followed by what is older.
-  if (!drain()) {
-    settling_ = RunLoop::current().after(events_ ? RunLoop::Duration(quiet) : untilRetry,
-                                         [this] { settle(); });
-    return;
-  }
-  const bool allKnown = refresh();
-  if (std::exchange(addressWent_, false)) stale_.routes = true;
-  if (stale_.any())
-    settling_ = RunLoop::current().after(allKnown ? secondLook : untilRetry, [this] { settle(); });
+  const bool caughtUp = drain();
+  // The burst goes on.
+  if (std::exchange(isHeard_, false) && !burst_.isOverdue(RunLoop::current().now()))
+    return settleSoon();
+  refresh(caughtUp);
+  if (std::exchange(addressWent_, false))
+    secondLook_ = RunLoop::current().after(secondLook, [this] {
+      stale_.routes = true;
+      settleUnlessInABurst();
+    });
+  tryAgain();
+  burst_.tell();
   if (!std::exchange(isNews_, false)) return;
   table_.reset();
   const auto changed = changed_;  // may end this
   if (changed) changed();
 }
 
-bool LinuxConfigurationSession::refresh() {
-  stale_.links = stale_.links && !listLinks();
-  stale_.addresses = stale_.addresses && !listAddresses();
-  stale_.routes = stale_.routes && !listRoutes();
-  if (std::exchange(stale_.wireless, false)) replace(network_.wireless, generic_.wirelessLinks());
-  // In any case: their files may be out of inotify's reach.
-  replace(network_.servers, resolver_->look());
-  stale_.servers = false;
-  return !stale_.any();
-}
-
-template <class Part>
-void LinuxConfigurationSession::replace(Part& part, Part now) {
-  if (part == now) return;
-  part = std::move(now);
-  isNews_ = true;
-}
-
-bool LinuxConfigurationSession::listLinks() {
-  NetworkModel now;
-  LinkListRequest request;
-  const auto outcome = lister_.list(
-      request, [&now] { now.links.clear(); },
-      [&now](const NetlinkMessage& message) {
-        const auto link = parseLinkMessage(message.payload);
-        if (message.type == RTM_NEWLINK && link) now.keep(*link);
-      });
-  if (!isUsable(outcome)) return false;
-  replace(network_.links, std::move(now.links));
-  return true;
-}
-
-bool LinuxConfigurationSession::listAddresses() {
-  std::vector<AddressMessage> now;
-  NetlinkRequest request(RTM_GETADDR, NLM_F_DUMP);
-  request.header<ifaddrmsg>();
-  const auto outcome = lister_.list(
-      request, [&now] { now.clear(); },
-      [&now](const NetlinkMessage& message) {
-        auto address = parseAddressMessage(message.payload);
-        if (message.type == RTM_NEWADDR && address) now.push_back(std::move(*address));
-      });
-  if (!isUsable(outcome)) return false;
-  replace(network_.addresses, std::move(now));
-  return true;
-}
-
-bool LinuxConfigurationSession::listRoutes() {
-  std::vector<DefaultRoute> now;
-  for (const auto family : {AddressFamily::ipv4, AddressFamily::ipv6}) {
-    NetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
-    auto& route = request.header<rtmsg>();
-    route.rtm_family = static_cast<unsigned char>(family);
-    route.rtm_table = RT_TABLE_MAIN;
-    const auto before = now.size();
-    const auto outcome = lister_.list(
-        request, [&] { now.resize(before); },
-        [&now](const NetlinkMessage& message) {
-          auto found = parseDefaultRoute(message.payload);
-          if (message.type == RTM_NEWROUTE && found) now.push_back(std::move(*found));
-        });
-    if (!isUsable(outcome) && outcome != NetlinkLister::Outcome::missing) return false;
+/// Asks for what is stale, but for links that what is told already would be older than.
+void LinuxConfigurationSession::refresh(bool linksToo) {
+  const auto ask = [this](bool& stale, auto& part, const auto& list) {
+    if (stale) stale = !replace(part, list());
+  };
+  // What changes after a list has to be told.
+  if (events_) {
+    if (linksToo) ask(stale_.links, network_.links, [this] { return lists_.links(); });
+    ask(stale_.addresses, network_.addresses, [this] { return lists_.addresses(); });
+    if (stale_.routes) stale_.routes = !listRoutes(AddressFamily::ipv4);
+    if (stale_.ipv6Routes) stale_.ipv6Routes = !listRoutes(AddressFamily::ipv6);
+    ask(stale_.wireless, network_.wireless, [this] { return generic_.wirelessLinks(); });
   }
-  replace(network_.routes, std::move(now));
+  // In any case: their files may be out of inotify's reach.
+  replace(network_.servers, std::optional(resolver_->look()));
+}
+
+/// Sees to it that what is still stale is asked for again, whether or not anything happens.
+void LinuxConfigurationSession::tryAgain() {
+  if (!stale_.any()) {
+    pace_.restart();
+    retry_.invalidate();
+  } else if (!retry_.isValid()) {
+    retry_ = RunLoop::current().after(pace_.next(), [this] { settleUnlessInABurst(); });
+  }
+}
+
+bool LinuxConfigurationSession::listRoutes(AddressFamily family) {
+  auto listed = lists_.defaultRoutes(family);
+  if (!listed) return false;
+  auto now = network_.routes;
+  std::erase_if(now, [family](const auto& route) { return route.family == family; });
+  now.insert(family == AddressFamily::ipv4 ? now.begin() : now.end(),
+             std::make_move_iterator(listed->begin()), std::make_move_iterator(listed->end()));
+  return replace(network_.routes, std::optional(std::move(now)));
+}
+
+/// Whether there is one.
+template <class Part>
+bool LinuxConfigurationSession::replace(Part& part, std::optional<Part> now) {
+  if (!now) return false;
+  if (part == *now) return true;
+  part = std::move(*now);
+  isNews_ = true;
   return true;
 }
 

@@ -6,20 +6,24 @@
 #include <string_view>
 
 #include "vantile/foundation/run_loop.h"
+#include "vantile/platform/linux/burst.h"
 #include "vantile/platform/linux/configuration_store.h"
 #include "vantile/platform/linux/descriptor_source.h"
 #include "vantile/platform/linux/generic_netlink.h"
-#include "vantile/platform/linux/netlink_lister.h"
 #include "vantile/platform/linux/network_dictionaries.h"
+#include "vantile/platform/linux/network_lists.h"
 #include "vantile/platform/linux/network_model.h"
+#include "vantile/platform/linux/retry_pace.h"
 
 namespace vantile {
 
 /// What is known of the network, kept up to date on the loop of its maker's thread.
 ///
-/// Links are taken from what the kernel tells of each. Addresses and routes are listed anew after
-/// whatever may have changed them: their order counts, and the kernel lets IPv4 routes go without a
-/// word when their link or address goes.
+/// Links are taken from what the kernel tells of each. Addresses and routes are listed anew, once a
+/// burst, after whatever may have changed them: their order counts, and the kernel lets IPv4 routes
+/// go without a word when their link or address goes. IPv6's routes, whose table has to be read
+/// whole, are listed where the kernel tells of a default route or a link changes that one leads
+/// over. What the kernel refuses stays as it was and is asked for again at RetryPace's pace.
 class LinuxConfigurationSession final : public ConfigurationSession {
  public:
   /// Null when a step fails.
@@ -31,8 +35,8 @@ class LinuxConfigurationSession final : public ConfigurationSession {
  private:
   /// What has to be asked for anew.
   struct Stale {
-    bool links = false, addresses = false, routes = false, wireless = false, servers = false;
-    bool any() const { return links || addresses || routes || wireless || servers; }
+    bool links = false, addresses = false, routes = false, ipv6Routes = false, wireless = false;
+    bool any() const { return links || addresses || routes || ipv6Routes || wireless; }
     static Stale everything() { return {true, true, true, true, true}; }
   };
 
@@ -43,30 +47,33 @@ class LinuxConfigurationSession final : public ConfigurationSession {
   bool drain();
   void takeIn(std::string_view datagram);
   void takeLink(bool came, std::string_view payload);
+  void takeRoute(AddressFamily family);
   void settleSoon();
+  void settleUnlessInABurst();
   void settle();
-  bool refresh();
-  bool listLinks();
-  bool listAddresses();
-  bool listRoutes();
+  void refresh(bool linksToo);
+  void tryAgain();
+  bool listRoutes(AddressFamily family);
   template <class Part>
-  void replace(Part& part, Part now);
+  bool replace(Part& part, std::optional<Part> now);
 
   const ConfigurationSources sources_;
   const std::function<void()> changed_;
-  NetlinkLister lister_;
+  NetworkLists lists_;
   const GenericNetlink generic_;
   NetworkModel network_;
   Stale stale_ = Stale::everything();
-  bool isNews_ = false;  // since `changed` was called last
+  bool isNews_ = false;   // since `changed` was called last
+  bool isHeard_ = false;  // from the kernel, since the burst was looked at last
   bool addressWent_ = false;
-  std::optional<TimerSchedule::Moment> burstBegan_;
+  Burst burst_;
+  RetryPace pace_;
   std::optional<ConfigurationTable> table_;  // until something changes
   std::unique_ptr<ResolverFiles> resolver_;
   std::unique_ptr<NetworkManagerClient> manager_;
   std::unique_ptr<NetlinkChannel> events_;
   std::unique_ptr<DescriptorSource> source_;
-  Timer settling_;
+  Timer settling_, secondLook_, retry_;
 };
 
 }  // namespace vantile

@@ -22,23 +22,36 @@ struct GenericRequest : NetlinkRequest {
   }
 };
 
-/// What the first message of an answer that says anything says.
-template <class Parse>
-auto firstOf(NetlinkLister& lister, NetlinkRequest& request, const Parse& parse) {
-  decltype(parse(std::string_view())) found;
-  lister.list(
+/// Asks, and takes what the first message of the answer that says anything says.
+template <class Said, class Parse>
+NetlinkLister::Outcome ask(NetlinkLister& lister, NetlinkRequest& request, const Parse& parse,
+                           std::optional<Said>& found) {
+  return lister.list(
       request, [&] { found.reset(); },
       [&](const NetlinkMessage& message) {
         if (!found) found = parse(message.payload);
       });
+}
+
+template <class Parse>
+auto firstOf(NetlinkLister& lister, NetlinkRequest& request, const Parse& parse) {
+  decltype(parse(std::string_view())) found;
+  ask(lister, request, parse, found);
   return found;
 }
 
 /// Families are numbered as they are loaded.
-std::optional<std::uint16_t> numberOf(NetlinkLister& lister, std::string_view family) {
+NetlinkLister::Outcome askForFamily(NetlinkLister& lister, std::string_view family,
+                                    std::optional<std::uint16_t>& number) {
   GenericRequest request(GENL_ID_CTRL, NLM_F_ACK, CTRL_CMD_GETFAMILY);
   request.add(CTRL_ATTR_FAMILY_NAME, family);
-  return firstOf(lister, request, parseFamilyNumber);
+  return ask(lister, request, parseFamilyNumber, number);
+}
+
+std::optional<std::uint16_t> numberOf(NetlinkLister& lister, std::string_view family) {
+  std::optional<std::uint16_t> number;
+  askForFamily(lister, family, number);
+  return number;
 }
 
 }  // namespace
@@ -62,18 +75,23 @@ std::optional<std::uint64_t> GenericNetlink::wirelessRate(std::uint32_t index) c
   return firstOf(lister, request, parseStationRate);
 }
 
-std::vector<std::uint32_t> GenericNetlink::wirelessLinks() const {
+std::optional<std::vector<std::uint32_t>> GenericNetlink::wirelessLinks() const {
+  using Outcome = NetlinkLister::Outcome;
   std::vector<std::uint32_t> links;
   NetlinkLister lister(NETLINK_GENERIC, open_);
-  const auto family = numberOf(lister, NL80211_GENL_NAME);
-  if (!family) return links;
+  std::optional<std::uint16_t> family;
+  const auto known = askForFamily(lister, NL80211_GENL_NAME, family);
+  if (known == Outcome::missing) return links;
+  if (known != Outcome::whole || !family) return std::nullopt;
   GenericRequest request(*family, NLM_F_DUMP, NL80211_CMD_GET_INTERFACE);
-  lister.list(
+  const auto outcome = lister.list(
       request, [&links] { links.clear(); },
       [&links](const NetlinkMessage& message) {
         if (const auto link = parseWirelessInterface(message.payload)) links.push_back(*link);
       });
-  return links;
+  // A link that came meanwhile is told, and they are asked for anew.
+  const bool answered = outcome == Outcome::whole || outcome == Outcome::interrupted;
+  return answered ? std::optional(std::move(links)) : std::nullopt;
 }
 
 }  // namespace vantile

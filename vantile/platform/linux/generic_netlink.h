@@ -18,8 +18,9 @@ class GenericNetlink {
   std::optional<std::uint64_t> linkSpeed(std::uint32_t index) const;
   /// At what rate a wireless link sends to its access point, in bits per second.
   std::optional<std::uint64_t> wirelessRate(std::uint32_t index) const;
-  /// The links that are wireless.
-  std::vector<std::uint32_t> wirelessLinks() const;
+  /// The links that are wireless; nothing where the kernel did not answer. Without nl80211 there
+  /// are none.
+  std::optional<std::vector<std::uint32_t>> wirelessLinks() const;
 
  private:
   OpenNetlink open_;

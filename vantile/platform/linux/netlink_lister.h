@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 #include "vantile/platform/linux/netlink_channel.h"
@@ -21,6 +22,8 @@ class NetlinkLister {
     missing,      ///< there is nothing of the kind, as no table of routes in a new network
     failed,
   };
+  /// What a call for a message may answer: whether the rest of the list is wanted too.
+  enum class Wanted { more, noMore };
   /// How often a list is asked for while it changes.
   static constexpr int attempts = 5;
 
@@ -28,6 +31,7 @@ class NetlinkLister {
 
   /// Calls `take` with each message of the answer. `begin` is called before the first one, and
   /// again whenever the list begins anew. A request that is not for a list needs NLM_F_ACK.
+  /// A list of which no more is wanted is whole, and the kernel does not go on with it.
   template <class Begin, class Take>
   Outcome list(NetlinkRequest& request, const Begin& begin, const Take& take) {
     for (int attempt = 1;; ++attempt) {
@@ -45,8 +49,9 @@ class NetlinkLister {
     if (!channel_ && !(channel_ = open_(bus_, 0))) return Outcome::failed;
     request.setSequence(++sequence_);
     if (!channel_->send(request.bytes())) return Outcome::failed;
-    bool interrupted = false;
+    bool interrupted = false, wanted = true;
     while (channel_->receive() == NetlinkChannel::Outcome::datagram) {
+      const bool wasWanted = wanted;
       NetlinkMessages messages(channel_->datagram());
       while (const auto message = messages.next()) {
         if (message->sequence != sequence_) continue;
@@ -54,10 +59,24 @@ class NetlinkLister {
         const bool ended =
             message->type == NetlinkMessage::done || message->type == NetlinkMessage::failure;
         if (ended) return ending(message->error(), interrupted);
-        take(*message);
+        if (wanted) wanted = isMoreWanted(take, *message);
       }
+      if (wasWanted) continue;
+      // A short list would have ended by now, and its channel can be kept.
+      channel_.reset();
+      return interrupted ? Outcome::interrupted : Outcome::whole;
     }
     return Outcome::failed;
+  }
+
+  template <class Take>
+  static bool isMoreWanted(const Take& take, const NetlinkMessage& message) {
+    if constexpr (std::is_same_v<decltype(take(message)), Wanted>) {
+      return take(message) == Wanted::more;
+    } else {
+      take(message);
+      return true;
+    }
   }
 
   static Outcome ending(std::uint32_t error, bool interrupted) {

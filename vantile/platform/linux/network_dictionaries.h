@@ -19,8 +19,8 @@ using ConfigurationTable = std::map<std::string, std::shared_ptr<const Dictionar
 /// NetworkManager tell.
 ///
 /// The services are the connections that NetworkManager has for a link, in its order, then every
-/// other link but the loopback: those with a default route by its metric, devices before virtual
-/// links, by index. The former go by their UUID; the latter by the permanent address of their
+/// other link but the loopback: those with a default route of IPv4 by its metric, those with one of
+/// IPv6 alone, then the rest; devices before virtual links, by index. The former go by their UUID; the latter by the permanent address of their
 /// hardware, "hardware-525400a1b2c3", which outlives a renaming, or where that is missing or not
 /// theirs alone by their name, "interface-tun0".
 ///

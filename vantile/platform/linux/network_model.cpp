@@ -51,14 +51,19 @@ bool NetworkModel::isWireless(std::uint32_t index) const {
 const DefaultRoute* NetworkModel::bestRoute(AddressFamily family, std::uint32_t over) const {
   const DefaultRoute* best = nullptr;
   for (const auto& route : routes) {
-    const auto* const leadsOver = link(route.index);
+    const auto* const way = link(route.index);
     const bool asked = route.family == family && (over == 0 || route.index == over);
-    if (!asked || !leadsOver || leadsOver->loopback) continue;
+    if (!asked || route.dead || !way || way->loopback || !way->up) continue;
     // The first of equals is the one that the kernel takes.
-    if (!best || std::pair(route.linkDown, route.metric) < std::pair(best->linkDown, best->metric))
-      best = &route;
+    if (!best || route.metric < best->metric) best = &route;
   }
   return best;
+}
+
+bool NetworkModel::leadsOver(AddressFamily family, std::uint32_t index) const {
+  return std::any_of(routes.begin(), routes.end(), [&](const auto& route) {
+    return route.family == family && route.index == index;
+  });
 }
 
 }  // namespace vantile

@@ -24,7 +24,7 @@ struct NetworkLink {
 struct NetworkModel {
   std::vector<NetworkLink> links;         ///< by index
   std::vector<AddressMessage> addresses;  ///< in the kernel's order
-  std::vector<DefaultRoute> routes;       ///< those of a family in the kernel's order
+  std::vector<DefaultRoute> routes;       ///< by family, those of one in the kernel's order
   std::vector<std::uint32_t> wireless;    ///< links of which nl80211 knows
   std::vector<std::string> servers;       ///< that resolve names for the whole machine
 
@@ -35,10 +35,14 @@ struct NetworkModel {
   /// The link, or null.
   const NetworkLink* link(std::uint32_t index) const;
   bool isWireless(std::uint32_t index) const;
-  /// The route of the family that leads out: of the least metric, one without a carrier only where
-  /// there is no other, though the kernel may go on to use that one. Over one link where that is
-  /// named. Null where there is none.
+  /// The route of the family that the kernel takes to lead out: of the least metric, with a carrier
+  /// or without. Without one a route is passed over only where `ignore_routes_with_linkdown` is
+  /// set, which the kernel shows as dead; whether there is a carrier is the link's to tell. What
+  /// leads over a link that is down is no route: the kernel drops it without a word. Over one link
+  /// where that is named. Null where there is none.
   const DefaultRoute* bestRoute(AddressFamily family, std::uint32_t over = 0) const;
+  /// Whether any route of the family, dead ones too, leads over the link.
+  bool leadsOver(AddressFamily family, std::uint32_t index) const;
 
   friend bool operator==(const NetworkModel&, const NetworkModel&) = default;
 };

@@ -126,20 +126,28 @@ NetworkService serviceOf(const NetworkModel& network, const NetworkLink& link) {
   return service;
 }
 
+/// What leads out comes first, by IPv4 before what does so by IPv6 alone, by metric.
+std::pair<int, std::uint32_t> waysOut(const NetworkModel& network, const NetworkLink& link) {
+  int place = 0;
+  for (const auto family : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+    if (const auto* const route = network.bestRoute(family, link.index))
+      return {place, route->metric};
+    ++place;
+  }
+  return {place, 0};
+}
+
 /// The links that no connection is for, in their order.
 std::vector<const NetworkLink*> others(const NetworkModel& network,
                                        const std::vector<NetworkService>& services) {
-  using Rank = std::tuple<bool, bool, std::uint32_t, bool, std::uint32_t>;
+  using Rank = std::tuple<std::pair<int, std::uint32_t>, bool, std::uint32_t>;
   std::vector<std::pair<Rank, const NetworkLink*>> ranked;
   for (const auto& link : network.links) {
     const bool taken = std::any_of(services.begin(), services.end(),
                                    [&link](const auto& service) { return service.link == &link; });
     if (link.loopback || taken) continue;
-    const auto* const route = network.bestRoute(AddressFamily::ipv4, link.index);
     const bool isVirtual = !link.kind.empty() || link.parentDevice.empty();
-    ranked.emplace_back(
-        Rank(!route, route && route->linkDown, route ? route->metric : 0, isVirtual, link.index),
-        &link);
+    ranked.emplace_back(Rank(waysOut(network, link), isVirtual, link.index), &link);
   }
   std::sort(ranked.begin(), ranked.end());
   std::vector<const NetworkLink*> links;

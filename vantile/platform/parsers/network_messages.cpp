@@ -15,12 +15,12 @@ constexpr std::uint16_t linkName = 3, linkInfo = 18, linkCounters = 23, linkPerm
                         linkParentDevice = 56;
 constexpr std::uint16_t infoKind = 1;
 constexpr std::uint16_t addressAddress = 1, addressLocal = 2;
-constexpr std::uint16_t routeLink = 4, routeGateway = 5, routeMetric = 6, routeHops = 9,
-                        routeTable = 15;
+constexpr std::uint16_t routeDestination = 1, routeLink = 4, routeGateway = 5, routeMetric = 6,
+                        routeHops = 9, routeTable = 15;
 constexpr std::uint16_t countersOfLink = 1;
 constexpr std::uint32_t mainTable = 254;
 constexpr std::uint8_t unicast = 1;
-constexpr std::uint32_t dead = 1, withoutCarrier = 16;
+constexpr std::uint32_t dead = 1;
 
 struct Counters {
   std::optional<std::uint64_t> received, sent;
@@ -50,37 +50,69 @@ std::string addressOf(AddressFamily family, std::string_view bytes) {
   return bytes.size() == size ? ipAddressText(bytes) : std::string();
 }
 
-/// One of a route's several next hops.
+/// A way that a route leads.
 struct Hop {
-  std::uint32_t index = 0;
-  std::uint32_t flags = 0;
+  std::uint32_t index = 0, flags = 0;
   std::string gateway;
 };
 
-/// Takes the first one off the list; nothing at its end, and where a length lies.
-std::optional<Hop> nextHop(AddressFamily family, std::string_view& hops) {
-  constexpr std::size_t header = 8, alignment = 4;
-  const auto size = numberAt<std::uint16_t>(hops, 0);
-  if (!size || *size < header || *size > hops.size()) return std::nullopt;
-  const auto bytes = hops.substr(0, *size);
-  hops.remove_prefix(std::min(hops.size(), (*size + alignment - 1) / alignment * alignment));
-  Hop hop;
-  hop.flags = numberAt<std::uint8_t>(bytes, 2).value_or(0);
-  hop.index = numberAt<std::uint32_t>(bytes, 4).value_or(0);
-  NetlinkAttributes attributes(bytes, header);
-  while (const auto attribute = attributes.next())
-    if (attribute->type == routeGateway) hop.gateway = addressOf(family, attribute->value);
-  return hop;
+/// The several ways of a route. A length that lies ends them.
+std::vector<Hop> hopsIn(AddressFamily family, std::string_view rest) {
+  constexpr std::size_t header = 8;
+  std::vector<Hop> hops;
+  while (true) {
+    const auto size = numberAt<std::uint16_t>(rest, 0);
+    if (!size || *size < header || *size > rest.size()) return hops;
+    const auto bytes = rest.substr(0, *size);
+    auto& hop = hops.emplace_back();
+    hop.flags = numberAt<std::uint8_t>(bytes, 2).value_or(0);
+    hop.index = numberAt<std::uint32_t>(bytes, 4).value_or(0);
+    NetlinkAttributes attributes(bytes, header);
+    while (const auto attribute = attributes.next())
+      if (attribute->type == routeGateway) hop.gateway = addressOf(family, attribute->value);
+    rest.remove_prefix(std::min<std::size_t>((*size + 3u) & ~3u, rest.size()));
+  }
 }
 
-/// The first that leads somewhere: with a carrier where there is such a one.
-std::optional<Hop> usedHop(AddressFamily family, std::string_view hops) {
-  std::optional<Hop> used;
-  while (auto hop = nextHop(family, hops)) {
-    if (!(hop->flags & (dead | withoutCarrier))) return hop;
-    if (!used || ((used->flags & dead) && !(hop->flags & dead))) used = std::move(hop);
+/// What is wanted of a route's attributes.
+struct RouteAttributes {
+  std::uint32_t table = 0, metric = 0;
+  bool toZero = true;  // the destination's address
+  std::vector<Hop> hops;
+};
+
+RouteAttributes routeAttributes(AddressFamily family, std::string_view payload) {
+  RouteAttributes route;
+  route.table = numberAt<std::uint8_t>(payload, 4).value_or(0);
+  Hop only;
+  only.flags = numberAt<std::uint32_t>(payload, 8).value_or(0);
+  NetlinkAttributes attributes(payload, routeHeader);
+  while (const auto attribute = attributes.next()) {
+    switch (attribute->type) {
+      case routeDestination:
+        route.toZero = attribute->value.find_first_not_of('\0') == std::string_view::npos;
+        break;
+      case routeLink:
+        only.index = attribute->uint32().value_or(0);
+        break;
+      case routeGateway:
+        only.gateway = addressOf(family, attribute->value);
+        break;
+      case routeMetric:
+        route.metric = attribute->uint32().value_or(0);
+        break;
+      case routeTable:
+        route.table = attribute->uint32().value_or(route.table);
+        break;
+      case routeHops:
+        route.hops = hopsIn(family, attribute->value);
+        break;
+      default:
+        break;
+    }
   }
-  return used;
+  if (route.hops.empty()) route.hops.push_back(std::move(only));
+  return route;
 }
 
 }  // namespace
@@ -141,50 +173,32 @@ std::optional<AddressMessage> parseAddressMessage(std::string_view payload) {
   return message.address.empty() ? std::nullopt : std::optional(std::move(message));
 }
 
-std::optional<DefaultRoute> parseDefaultRoute(std::string_view payload) {
-  const auto family = familyOf(payload);
-  const auto flags = numberAt<std::uint32_t>(payload, 8);
-  if (family == AddressFamily::none || !flags) return std::nullopt;
-  constexpr std::size_t destinationBits = 1, sourceBits = 2, typeOfService = 3;
-  for (const auto narrows : {destinationBits, sourceBits, typeOfService})
-    if (numberAt<std::uint8_t>(payload, narrows) != 0) return std::nullopt;
-  if (numberAt<std::uint8_t>(payload, 7) != unicast) return std::nullopt;
-  DefaultRoute route;
-  route.family = family;
-  std::uint32_t table = numberAt<std::uint8_t>(payload, 4).value_or(0), state = *flags;
-  NetlinkAttributes attributes(payload, routeHeader);
-  while (const auto attribute = attributes.next()) {
-    switch (attribute->type) {
-      case routeLink:
-        route.index = attribute->uint32().value_or(0);
-        break;
-      case routeGateway:
-        route.gateway = addressOf(family, attribute->value);
-        break;
-      case routeMetric:
-        route.metric = attribute->uint32().value_or(0);
-        break;
-      case routeTable:
-        table = attribute->uint32().value_or(table);
-        break;
-      case routeHops:
-        if (auto hop = usedHop(family, attribute->value)) {
-          route.index = hop->index;
-          route.gateway = std::move(hop->gateway);
-          state = hop->flags;
-        }
-        break;
-      default:
-        break;
-    }
+std::vector<DefaultRoute> parseDefaultRoutes(std::string_view payload) {
+  std::vector<DefaultRoute> routes;
+  const auto family = familyOfDefaultRoute(payload);
+  const auto service = numberAt<std::uint8_t>(payload, 3),
+             type = numberAt<std::uint8_t>(payload, 7);
+  if (family == AddressFamily::none || service != 0 || type != unicast) return routes;
+  auto attributes = routeAttributes(family, payload);
+  for (auto& hop : attributes.hops) {
+    if (hop.index == 0) continue;
+    routes.push_back(
+        {hop.index, family, attributes.metric, std::move(hop.gateway), (hop.flags & dead) != 0});
   }
-  route.linkDown = state & withoutCarrier;
-  const bool usable = table == mainTable && route.index != 0 && !(state & dead);
-  return usable ? std::optional(std::move(route)) : std::nullopt;
+  return routes;
 }
 
-bool isAboutDefaultRoute(std::string_view payload) {
-  return familyOf(payload) != AddressFamily::none && numberAt<std::uint8_t>(payload, 1) == 0;
+AddressFamily familyOfDefaultRoute(std::string_view payload) {
+  const auto family = familyOf(payload);
+  const bool isDefault = payload.size() >= routeHeader && numberAt<std::uint8_t>(payload, 1) == 0;
+  if (family == AddressFamily::none || !isDefault) return AddressFamily::none;
+  return routeAttributes(family, payload).table == mainTable ? family : AddressFamily::none;
+}
+
+bool isBeyondDefaultRoutes(std::string_view payload) {
+  if (familyOf(payload) != AddressFamily::ipv4) return false;
+  const auto route = routeAttributes(AddressFamily::ipv4, payload);
+  return route.table == mainTable && !route.toZero;
 }
 
 std::optional<CountersMessage> parseCountersMessage(std::string_view payload) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantile {
 
@@ -46,22 +47,28 @@ struct AddressMessage {
 /// Nothing for another family, and for a message without an address.
 std::optional<AddressMessage> parseAddressMessage(std::string_view payload);
 
-/// RTM_NEWROUTE, RTM_DELROUTE, of a route for whatever has no other.
+/// RTM_NEWROUTE, RTM_DELROUTE, of a route for whatever has no other: one way that it leads.
 struct DefaultRoute {
-  std::uint32_t index = 0;  ///< of the link that it leads over; of several the first with a carrier
+  std::uint32_t index = 0;  ///< of the link that it leads over
   AddressFamily family = AddressFamily::none;
   std::uint32_t metric = 0;  ///< the least is taken
   std::string gateway;       ///< of the route's family; empty where there is none
-  bool linkDown = false;     ///< the link has no carrier
+  bool dead = false;         ///< the kernel passes it over for now
   friend bool operator==(const DefaultRoute&, const DefaultRoute&) = default;
 };
 
-/// Nothing for a route to somewhere, one for some sources or types of service alone, one of another
-/// table than the main one, one that is dead, and one that leads to no link: it refuses.
-std::optional<DefaultRoute> parseDefaultRoute(std::string_view payload);
+/// The ways that the route leads, in the kernel's order. None for a route to somewhere, one of
+/// another table than the main one, one for packets of a certain type of service, and one that
+/// leads to no link: it refuses.
+std::vector<DefaultRoute> parseDefaultRoutes(std::string_view payload);
 
-/// Whether the message is about a route for whatever has no other, usable or not, of any table.
-bool isAboutDefaultRoute(std::string_view payload);
+/// The family of the main table's route for whatever has no other that the message is about, usable
+/// or not; none where it is about another route.
+AddressFamily familyOfDefaultRoute(std::string_view payload);
+
+/// Whether the route is one of IPv4's main table to another address than 0.0.0.0, so that, where
+/// routes are listed by destination, no default route follows it.
+bool isBeyondDefaultRoutes(std::string_view payload);
 
 /// RTM_NEWSTATS.
 struct CountersMessage {
