@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -118,11 +119,16 @@ TEST(LiveRoutes, OfSeveralWaysTheFirstThatIsAliveCounts) {
 
 TEST(LiveRoutes, ARouteGoesWithoutAWordWithItsNextHop) {
   inNetworkNamespace([] {
+    // So that nothing else is told meanwhile.
+    std::ofstream("/proc/sys/net/ipv6/conf/default/disable_ipv6") << "1";
     addTwoNetworks();
     if (testing::run("ip nexthop add id 7 via 10.1.0.1 dev va").status != 0)
       GTEST_SKIP() << "no next hops here";
     ip("route add default nhid 7");
     Opened opened;
+    EXPECT_TRUE(
+        comesToHold([&] { return opened.active("va") == true && opened.active("vb") == true; }));
+    comesToHold([] { return false; }, std::chrono::milliseconds(100));
     EXPECT_EQ(opened.primary(), "va");
     ip("nexthop del id 7");
     EXPECT_TRUE(comesToHold([&] { return opened.primary().empty(); }));

@@ -90,6 +90,16 @@ TEST_F(ConfigurationPace, AStormThatDoesNotEndIsToldFiveTimesASecond) {
   EXPECT_LE(it.told, 5);
 }
 
+TEST_F(ConfigurationPace, AStormThatIsFoundOnlyWhenItIsToBeToldIsToldToo) {
+  open();
+  tell(newLink(9, "usb0"));
+  for (std::uint32_t each = 0; each < 205; ++each) {
+    it.kernel.tell(newLink(9, "usb0", each % 2 ? running : 0));
+    loop.advance(1ms);
+  }
+  EXPECT_EQ(it.told, 1);
+}
+
 TEST_F(ConfigurationPace, WhatIsFoundWhenABurstIsToBeToldBelongsToIt) {
   open();
   tell(newLink(9, "usb0"));
