@@ -28,7 +28,8 @@ struct FakeNetlink {
   std::map<std::uint16_t, Answer> answers;  ///< by the request's type; none: the request is refused
   std::deque<std::pair<Outcome, std::string>> events;
   std::function<void(std::uint16_t type)> onRequest;
-  int descriptor = -1;  ///< of the channels
+  std::function<void()> onNothing;  ///< whoever follows has heard all
+  int descriptor = -1;              ///< of the channels
   bool opens = true;
 
   std::vector<std::uint16_t> requests;
@@ -88,7 +89,10 @@ struct FakeNetlink {
       ++kernel_.receives;
       auto& waiting = follows_ ? kernel_.events : waiting_;
       datagram_.clear();
-      if (waiting.empty()) return Outcome::nothing;
+      if (waiting.empty()) {
+        if (follows_ && kernel_.onNothing) kernel_.onNothing();
+        return Outcome::nothing;
+      }
       auto [outcome, bytes] = std::move(waiting.front());
       waiting.pop_front();
       datagram_ = std::move(bytes);

@@ -99,18 +99,18 @@ TEST(LiveResolver, ALinkToALinkIsFollowedAtEveryStep) {
     opened.write("three/one", "nameserver 10.0.0.1\n");
     opened.write("three/two", "nameserver 10.0.0.2\n");
     opened.write("four/two", "nameserver 10.0.0.3\n");
-    link("three", "folder");
-    link("../folder/one", "two/step");
+    link("../three", "aside/folder");
+    link("../aside/folder/one", "two/step");
     link(opened.folder.path("two/step"), "one/step");
     link("one/step", "resolv.conf");
     EXPECT_TRUE(opened.comesToBe({"10.0.0.1"}));
-    link("../folder/two", "two/step");  // in the middle of the way
+    link("../aside/folder/two", "two/step");  // in the middle of the way
     EXPECT_TRUE(opened.comesToBe({"10.0.0.2"}));
-    link("four", "folder");  // a folder on the way
+    link("../four", "aside/folder");  // a folder on the way
     EXPECT_TRUE(opened.comesToBe({"10.0.0.3"}));
     opened.write("four/two", "nameserver 10.0.0.4\n");
     EXPECT_TRUE(opened.comesToBe({"10.0.0.4"}));
-    link("../folder/missing", "two/step");
+    link("../aside/folder/missing", "two/step");
     EXPECT_TRUE(opened.comesToBe({}));
     opened.write("four/missing", "nameserver 10.0.0.5\n");
     EXPECT_TRUE(opened.comesToBe({"10.0.0.5"}));
