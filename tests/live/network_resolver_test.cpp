@@ -33,6 +33,8 @@ struct Resolving : Opened {
 };
 
 void withRoute() {
+  // Its own addresses would be told later, and the servers be looked at with them.
+  std::ofstream("/proc/sys/net/ipv6/conf/default/disable_ipv6") << "1";
   addPair("va", "vb");
   ip("addr add 10.1.0.2/24 dev va");
   ip("route add default via 10.1.0.1 dev va");
@@ -90,6 +92,7 @@ TEST(LiveResolver, ALinkToALinkIsFollowedAtEveryStep) {
   inNetworkNamespace([] {
     withRoute();
     Resolving opened;
+    ASSERT_TRUE(comesToHold([&] { return opened.active("va") == true; }));
     const auto link = [&opened](const std::string& target, const std::string& path) {
       const auto whole = opened.folder.path(path), made = whole + ".new";
       std::filesystem::create_directories(std::filesystem::path(whole).parent_path());

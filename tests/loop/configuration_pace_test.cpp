@@ -371,9 +371,11 @@ TEST_F(ConfigurationPace, AShortTableOfRoutesKeepsItsChannel) {
   it.routes({defaultRoutePayload(2, 7, gateway), routePayload(header, attribute(1, gateway))});
   open();
   const int before = it.kernel.opened;
-  tell(routeTold(2, gateway));
-  settle();
-  EXPECT_EQ(it.asked(RTM_GETROUTE), 1);
+  for (int time = 0; time < 2; ++time) {
+    tell(routeTold(2, gateway));
+    settle();
+  }
+  EXPECT_EQ(it.asked(RTM_GETROUTE), 2);
   EXPECT_EQ(it.kernel.opened, before);
 }
 
