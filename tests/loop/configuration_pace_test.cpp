@@ -48,7 +48,7 @@ struct ConfigurationPace : ::testing::Test {
     it.tell(datagram);
     hear();
   }
-  void settle() { loop.advance(15ms); }
+  void settle() { loop.advance(25ms); }
   auto routesAsked(AddressFamily family) const {
     return std::count(it.routesAsked.begin(), it.routesAsked.end(), family);
   }

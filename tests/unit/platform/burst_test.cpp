@@ -21,8 +21,8 @@ TEST(Burst, TheLongerItHasLastedTheLongerTheQuietThatEndsIt) {
   burst.change(start);
   EXPECT_EQ(burst.change(start + 1ms), start + 3ms);
   EXPECT_EQ(burst.change(start + 5ms), start + 10ms);
-  EXPECT_EQ(burst.change(start + 14ms), start + 24ms);
-  EXPECT_EQ(burst.change(start + 24ms), start + 34ms);
+  EXPECT_EQ(burst.change(start + 19ms), start + 38ms);
+  EXPECT_EQ(burst.change(start + 38ms), start + 58ms);
 }
 
 TEST(Burst, WhatComesLateBeginsABurstOfItsOwn) {
@@ -30,7 +30,7 @@ TEST(Burst, WhatComesLateBeginsABurstOfItsOwn) {
   burst.change(start);
   burst.change(start + 9ms);
   burst.tell();
-  EXPECT_EQ(burst.change(start + 20ms), start + 22ms);
+  EXPECT_EQ(burst.change(start + 30ms), start + 32ms);
 }
 
 TEST(Burst, ToTellOfItEarlyDoesNotEndIt) {
@@ -49,7 +49,7 @@ TEST(Burst, AChangeWaitsNoLongerThanItMayHoweverLongTheBurstGoesOn) {
   EXPECT_TRUE(burst.isOverdue(start + 200ms));
   burst.tell();
   EXPECT_FALSE(burst.isOverdue(start + 300ms));
-  EXPECT_EQ(burst.change(start + 201ms), start + 211ms);
+  EXPECT_EQ(burst.change(start + 201ms), start + 221ms);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ class Burst {
   using Moment = TimerSchedule::Moment;
 
   /// The bounds of that quiet. What comes later than the longest begins a burst of its own.
-  static constexpr std::chrono::milliseconds shortestQuiet{2}, longestQuiet{10};
+  static constexpr std::chrono::milliseconds shortestQuiet{2}, longestQuiet{20};
   /// A change waits for so long at most, though the burst goes on.
   static constexpr std::chrono::milliseconds longestWait{200};
 
