@@ -20,9 +20,9 @@ using ConfigurationTable = std::map<std::string, std::shared_ptr<const Dictionar
 ///
 /// The services are the connections that NetworkManager has for a link, in its order, then every
 /// other link but the loopback: those with a default route of IPv4 by its metric, those with one of
-/// IPv6 alone, then the rest; devices before virtual links, by index. The former go by their UUID; the latter by the permanent address of their
-/// hardware, "hardware-525400a1b2c3", which outlives a renaming, or where that is missing or not
-/// theirs alone by their name, "interface-tun0".
+/// IPv6 alone, then the rest; devices before virtual links, by index. The former go by their UUID;
+/// the latter by the permanent address of their hardware, "hardware-525400a1b2c3", which outlives a
+/// renaming, or where that is missing or not theirs alone by their name, "interface-tun0".
 ///
 /// A link's state is shown for one service: its active connection, else the first one that is bound
 /// to it. The machine's name servers are shown for the primary one.
