@@ -333,6 +333,16 @@ TEST_F(ManagedNetworkTable, TunnelsAndTheLoopbackAreNotTheLinksConnections) {
   EXPECT_EQ(order(), (Texts{eth0, wlan0, br0}));
 }
 
+TEST_F(ManagedNetworkTable, NetworkManagerTellsWhatAPppLinkRunsOver) {
+  link(9, "ppp0", 512, running);
+  connections = {{"uuid-p", "DSL", "ppp0", "pppoe", true}};
+  const auto key = "Setup:/Network/Service/uuid-p/Interface"s;
+  EXPECT_EQ(text(key, "Type"), "PPP");
+  EXPECT_EQ(text(key, "SubType"), "PPPoE");
+  connections[0].type = "gsm";
+  EXPECT_EQ(text(key, "SubType"), "absent");
+}
+
 TEST_F(ManagedNetworkTable, NetworkManagerTellsAWirelessLinkThatTheKernelDoesNot) {
   network.wireless.clear();
   EXPECT_EQ(hardware("uuid-w"), "Wi-Fi");

@@ -103,6 +103,7 @@ class Store {
     Dictionary interface;
     interface.set("DeviceName", service.device);
     interface.set("Hardware", unlessEmpty(service.hardware));
+    interface.set("SubType", unlessEmpty(service.subType));
     if (service.link) interface.set("Type", typeOf(*service.link));
     put(key + "/Interface", std::move(interface));
     if (isPPP(service)) put(key + "/PPP", {});

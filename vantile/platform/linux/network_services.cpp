@@ -109,6 +109,7 @@ NetworkService serviceOf(const NetworkModel& network, const ManagedConnection& c
   service.id = connection.uuid;
   service.userDefinedName = connection.name;
   service.device = connection.device;
+  if (connection.type == "pppoe") service.subType = "PPPoE";
   service.link = linkCalled(network, connection.device);
   const bool wireless = connection.type == "802-11-wireless" ||
                         (service.link && network.isWireless(service.link->index));

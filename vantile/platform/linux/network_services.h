@@ -14,6 +14,7 @@ struct NetworkService {
   std::string userDefinedName;  ///< empty without one
   std::string device;           ///< never empty
   std::string hardware;         ///< its kind in words, "Ethernet"; empty where it is not known
+  std::string subType;          ///< of a PPP link, "PPPoE"; empty where it is not known
   const NetworkLink* link = nullptr;  ///< the device's, while there is one
   bool showsState = false;            ///< whether the link's state is shown for it
 };
