@@ -185,11 +185,13 @@ TEST(DefaultRoutes, OfOtherTablesAreNone) {
   }
 }
 
-TEST(DefaultRoutes, ForATypeOfServiceAreNoneButNews) {
-  auto payload = defaultRoutePayload(9, 0, gateway);
-  payload[3] = 0x10;
-  EXPECT_TRUE(parseDefaultRoutes(payload).empty());
-  EXPECT_EQ(familyOfDefaultRoute(payload), AddressFamily::ipv4);
+TEST(DefaultRoutes, ForSomeSourcesOrATypeOfServiceAreNoneButNews) {
+  for (const std::size_t place : {2u, 3u}) {  // rtm_src_len, rtm_tos
+    auto payload = defaultRoutePayload(9, 0, gateway);
+    payload[place] = 0x10;
+    EXPECT_TRUE(parseDefaultRoutes(payload).empty()) << place;
+    EXPECT_EQ(familyOfDefaultRoute(payload), AddressFamily::ipv4) << place;
+  }
 }
 
 TEST(DefaultRoutes, ThatRefuseAreNoneButNews) {

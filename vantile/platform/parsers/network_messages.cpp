@@ -176,9 +176,11 @@ std::optional<AddressMessage> parseAddressMessage(std::string_view payload) {
 std::vector<DefaultRoute> parseDefaultRoutes(std::string_view payload) {
   std::vector<DefaultRoute> routes;
   const auto family = familyOfDefaultRoute(payload);
-  const auto service = numberAt<std::uint8_t>(payload, 3),
+  const auto sourceBits = numberAt<std::uint8_t>(payload, 2),
+             service = numberAt<std::uint8_t>(payload, 3),
              type = numberAt<std::uint8_t>(payload, 7);
-  if (family == AddressFamily::none || service != 0 || type != unicast) return routes;
+  const bool isForAll = sourceBits == 0 && service == 0;
+  if (family == AddressFamily::none || !isForAll || type != unicast) return routes;
   auto attributes = routeAttributes(family, payload);
   for (auto& hop : attributes.hops) {
     if (hop.index == 0) continue;

@@ -58,8 +58,8 @@ struct DefaultRoute {
 };
 
 /// The ways that the route leads, in the kernel's order. None for a route to somewhere, one of
-/// another table than the main one, one for packets of a certain type of service, and one that
-/// leads to no link: it refuses.
+/// another table than the main one, one for packets from certain addresses or of a certain type of
+/// service, and one that leads to no link: it refuses.
 std::vector<DefaultRoute> parseDefaultRoutes(std::string_view payload);
 
 /// The family of the main table's route for whatever has no other that the message is about, usable
