@@ -18,13 +18,15 @@ struct ConfigurationKeys {
   std::vector<std::string> patterns;
 };
 
-/// A session with the store of the machine's network configuration. Used on the thread that opened
-/// it; when it goes, nothing is told any more.
+/// A session with the store of the machine's network configuration. It belongs to the run loop of
+/// the thread that opened it: it tells and ends there, also inside its own call, or once the thread
+/// is gone. When it goes, nothing is told any more.
 class ConfigurationSession {
  public:
   virtual ~ConfigurationSession() = default;
 
-  /// What the store holds under `key` now, or null when that is nothing, or no dictionary.
+  /// What the store holds under `key` now, or null when that is nothing, or no dictionary. Any
+  /// thread, while the session lives.
   /// macOS: SCDynamicStoreCopyValue.
   /// Linux: dictionaries of the same keys and values, made from rtnetlink's links, addresses and
   /// routes, the resolver's servers and, where it is on the bus, NetworkManager's connections.

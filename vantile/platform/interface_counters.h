@@ -32,7 +32,7 @@ struct InterfaceReadings {
   CounterWidth width = CounterWidth::bits32;
 };
 
-/// The byte counters of the machine's network interfaces. Used on one thread.
+/// The byte counters of the machine's network interfaces. Any thread, one at a time.
 class InterfaceCounters {
  public:
   virtual ~InterfaceCounters() = default;

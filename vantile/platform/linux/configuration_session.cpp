@@ -48,14 +48,14 @@ std::unique_ptr<LinuxConfigurationSession> LinuxConfigurationSession::open(
   needed.wireless = false;  // their kind may be told later
   if (needed.any()) return nullptr;
   self.tryAgain();
+  self.takeConnections();
   self.isNews_ = false;
   return session;
 }
 
 std::shared_ptr<const Dictionary> LinuxConfigurationSession::value(std::string_view key) {
-  if (!table_)
-    table_ = networkDictionaries(
-        network_, manager_ ? manager_->connections() : std::vector<ManagedConnection>());
+  const std::lock_guard lock(knownLock_);
+  if (!table_) table_ = networkDictionaries(network_, connections_);
   const auto found = table_->find(key);
   return found == table_->end() ? nullptr : found->second;
 }
@@ -137,7 +137,9 @@ void LinuxConfigurationSession::takeLink(bool came, std::string_view payload) {
   const auto* const known = network_.link(link->index);
   if (came && link->kind.empty() && !known) stale_.wireless = true;
   const auto wasUp = known && known->up, wasActive = known && known->active;
+  std::unique_lock lock(knownLock_);
   const bool changed = came ? network_.keep(*link) : network_.forget(link->index);
+  lock.unlock();
   if (!changed) return;
   isNews_ = isHeard_ = stale_.addresses = true;
   const auto* const now = network_.link(link->index);
@@ -178,9 +180,17 @@ void LinuxConfigurationSession::settle() {
   tryAgain();
   burst_.tell();
   if (!std::exchange(isNews_, false)) return;
-  table_.reset();
+  takeConnections();
   const auto changed = changed_;  // may end this
   if (changed) changed();
+}
+
+/// Those of the moment, and with them a new table.
+void LinuxConfigurationSession::takeConnections() {
+  auto connections = manager_ ? manager_->connections() : std::vector<ManagedConnection>();
+  const std::lock_guard lock(knownLock_);
+  connections_ = std::move(connections);
+  table_.reset();
 }
 
 /// Asks for what is stale, but for links that what is told already would be older than.
@@ -225,6 +235,7 @@ template <class Part>
 bool LinuxConfigurationSession::replace(Part& part, std::optional<Part> now) {
   if (!now) return false;
   if (part == *now) return true;
+  const std::lock_guard lock(knownLock_);
   part = std::move(*now);
   isNews_ = true;
   return true;

@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "vantile/foundation/run_loop.h"
 #include "vantile/platform/linux/burst.h"
@@ -17,7 +19,8 @@
 
 namespace vantile {
 
-/// What is known of the network, kept up to date on the loop of its maker's thread.
+/// What is known of the network, kept up to date on the loop of its maker's thread. That thread
+/// alone changes what is known, and ends the session.
 ///
 /// Links are taken from what the kernel tells of each. Addresses and routes are listed anew, once a
 /// burst, after whatever may have changed them: their order counts, and the kernel lets IPv4 routes
@@ -51,6 +54,7 @@ class LinuxConfigurationSession final : public ConfigurationSession {
   void settleSoon();
   void settleUnlessInABurst();
   void settle();
+  void takeConnections();
   void refresh(bool linksToo);
   void tryAgain();
   bool listRoutes(AddressFamily family);
@@ -61,7 +65,9 @@ class LinuxConfigurationSession final : public ConfigurationSession {
   const std::function<void()> changed_;
   NetworkLists lists_;
   const GenericNetlink generic_;
+  std::mutex knownLock_;  // over changes of the next two, and over the table
   NetworkModel network_;
+  std::vector<ManagedConnection> connections_;
   Stale stale_ = Stale::everything();
   bool isNews_ = false;   // since `changed` was called last
   bool isHeard_ = false;  // from the kernel, since the burst was looked at last
