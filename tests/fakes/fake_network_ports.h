@@ -10,10 +10,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "vantile/network/network_ports.h"
+#include "vantile/network/ppp_time.h"
 #include "vantile/network/shared_network.h"
 
 namespace vantile::testing {
@@ -45,12 +47,16 @@ class FakeConfigurationStore final : public ConfigurationStore {
   std::vector<std::string> keys, patterns;
   std::vector<std::string> reads;  ///< the keys, in order
   int sessions = 0;                ///< that are open
+  std::thread::id endedOn;         ///< where the last one ended
 
  private:
   class Session final : public ConfigurationSession {
    public:
     explicit Session(FakeConfigurationStore& store) : store_(store) { ++store.sessions; }
-    ~Session() override { --store_.sessions; }
+    ~Session() override {
+      --store_.sessions;
+      store_.endedOn = std::this_thread::get_id();
+    }
     std::shared_ptr<const Dictionary> value(std::string_view key) override {
       store_.reads.emplace_back(key);
       const auto found = store_.values.find(key);
@@ -75,6 +81,7 @@ class FakeInterfaces final : public InterfaceCounters, public InterfaceFacts {
     return true;
   }
   bool isEthernetDevice(std::string_view name) override {
+    ++ethernetReads;
     return std::find(ethernet.begin(), ethernet.end(), name) != ethernet.end();
   }
   std::optional<std::uint64_t> linkSpeed(std::string_view name) override {
@@ -101,7 +108,7 @@ class FakeInterfaces final : public InterfaceCounters, public InterfaceFacts {
   bool refuses = false;
   std::vector<std::string> ethernet;  ///< names that count as Ethernet
   std::map<std::string, std::uint64_t, std::less<>> speeds;
-  int counterReads = 0, speedReads = 0;
+  int counterReads = 0, speedReads = 0, ethernetReads = 0;
 };
 
 /// What the faked daemon does on a connection.
@@ -204,6 +211,7 @@ class FakeNetworkPorts {
   static void forget() {
     sharedNetworkMonitor().forget();
     sharedPppController().forget();
+    pppAbsence().forget();
   }
   void install(std::shared_ptr<PppDaemon> daemon) {
     NetworkPorts::installed() = {

@@ -10,10 +10,12 @@
 #include <cstring>
 #include <functional>
 #include <future>
+#include <optional>
 #include <thread>
 #include <vector>
 
 #include "vantile/network/net_ppp.h"
+#include "vantile/network/network.h"
 #include "vantile/network/network_ports.h"
 #include "vantile/platform/posix/descriptor.h"
 
@@ -45,6 +47,10 @@ class Peer {
   void send(std::string_view bytes) const {
     EXPECT_EQ(::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(bytes.size()));
+  }
+  bool isOpen() const {
+    char byte = 0;
+    return ::recv(socket_.get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) != 0;
   }
   /// Waits, silent, until the other side closes.
   void awaitClosing() const {
@@ -157,9 +163,12 @@ TEST_F(ScriptedDaemon, StatusesOfAWrongSizeAreNone) {
       peer.request();
       peer.send(pppReply(std::string(size, '\x08')));
     }
+    peer.request();
+    peer.send(numberReply(2));
   }});
   EXPECT_FALSE(controller.queryStatusWithServiceID("S"));
   EXPECT_FALSE(controller.queryStatusWithServiceID("S"));
+  EXPECT_EQ(controller.queryPPPconfdLinkCount(), 2u) << "the stream is in step";
 }
 
 TEST_F(ScriptedDaemon, SilenceAndHalfAHeaderHoldNobodyUpLongerThanTheTime) {
@@ -182,6 +191,40 @@ TEST_F(ScriptedDaemon, SilenceAfterTheFirstReplyHoldsNobodyUpLongerThanTheTime) 
   }});
   const auto waited = timeOf([&] { EXPECT_FALSE(controller.queryStatusWithServiceID("S")); });
   EXPECT_LT(waited, limit + slack);
+}
+
+TEST_F(ScriptedDaemon, OneThatDripsHoldsNobodyUpLongerThanTheTime) {
+  auto& controller = serves({[](const Peer& peer) {
+    peer.request();
+    const auto reply = pppReply(std::string(60, 'x'));
+    for (std::size_t at = 0; at < reply.size() && peer.isOpen(); ++at) {
+      peer.send(reply.substr(at, 1));
+      std::this_thread::sleep_for(50ms);  // 4 seconds in all
+    }
+  }});
+  const auto request = pppHeader(11, 0, 0xFFFFFFFF, 0);
+  const auto waited =
+      timeOf([&] { EXPECT_EQ(controller.pppconfdExecMessage(request), std::nullopt); });
+  EXPECT_GE(waited, limit);
+  EXPECT_LT(waited, limit + slack);
+}
+
+TEST_F(ScriptedDaemon, WaitingForAnotherThreadsTurnIsPartOfTheTime) {
+  std::promise<void> asked;
+  auto& controller = serves({[&asked](const Peer& peer) {
+    peer.request();
+    asked.set_value();
+    std::this_thread::sleep_for(1500ms);
+    peer.send(numberReply(1));
+    peer.request();
+    peer.awaitClosing();  // the second one gets no answer
+  }});
+  std::thread first([&] { EXPECT_EQ(controller.queryPPPconfdLinkCount(), 1u); });
+  asked.get_future().wait();
+  const auto waited = timeOf([&] { EXPECT_EQ(controller.queryPPPconfdLinkCount(), 0u); });
+  first.join();
+  EXPECT_GE(waited, limit);
+  EXPECT_LT(waited, limit + slack) << "and not 3.5 seconds";
 }
 
 TEST_F(ScriptedDaemon, ARequestThatItDoesNotReadHoldsNobodyUpLongerThanTheTime) {
@@ -240,6 +283,19 @@ TEST_F(ScriptedDaemon, AFullQueueOfConnectionsHoldsNobodyUpLongerThanTheTime) {
   });
   EXPECT_EQ(outcome, PppTransfer::late);
   EXPECT_LT(waited, 200ms + slack);
+}
+
+TEST_F(ScriptedDaemon, OneThatTakesNobodyInCostsAMonitorsStartTheTimeOnce) {
+  // Its queue is filled, so that connecting takes all the time there is.
+  const auto daemon = NetworkPorts::installed().ppp;
+  std::vector<PppConnecting> held;
+  do held.push_back(daemon->reach(50ms));
+  while (held.back().outcome == PppTransfer::done && held.size() < 10);
+  ASSERT_EQ(held.back().outcome, PppTransfer::late);
+  const auto waited = timeOf([] { Network::init(); });
+  EXPECT_GE(waited, limit);
+  EXPECT_LT(waited, limit + slack);
+  EXPECT_LT(timeOf([] { EXPECT_FALSE(NetPPP::singleton()); }), slack) << "it counts as away";
 }
 
 TEST(LocalDaemon, WhereNobodyListensConnectingIsRefusedAtOnce) {

@@ -4,9 +4,11 @@
 #include <charconv>
 #include <utility>
 
+#include "vantile/foundation/ending_on_loop.h"
 #include "vantile/network/net_ppp.h"
 #include "vantile/network/network_ports.h"
 #include "vantile/network/ppp_messages.h"
+#include "vantile/network/ppp_time.h"
 #include "vantile/network/store_keys.h"
 #include "vantile/network/store_values.h"
 #include "vantile/network/traffic_samples.h"
@@ -42,14 +44,15 @@ NetManage::NetManage(NetworkPorts ports)
 NetManage::~NetManage() = default;
 
 bool NetManage::begin(const std::weak_ptr<NetManage>& self) {
+  const SharedPppTime together;
   ppp = NetPPP::singleton();
   if (!ppp) return false;
   const ConfigurationKeys keys = {
       .keys = {store::globalState, store::globalSetup, store::interfaces},
       .patterns = {store::allInterfaces}};
-  scSession = ports_->store->open(descriptionOf(this), keys, [self] {
+  scSession = endingOnLoop(ports_->store->open(descriptionOf(this), keys, [self] {
     if (const auto manage = self.lock()) manage->clearHistory();
-  });
+  }));
   if (!scSession) return false;
   queryInterfaceLists();
   queryMainInterfaceName();
@@ -59,7 +62,9 @@ bool NetManage::begin(const std::weak_ptr<NetManage>& self) {
 }
 
 void NetManage::clearHistory() {
+  const std::lock_guard turn(turn_);
   interfaceDetails.reset();
+  unanswered_.clear();
   primaryName.reset();
   primaryService.reset();
   serviceToName.clear();
@@ -72,6 +77,7 @@ void NetManage::clearHistory() {
 
 /// Kept, since the system may have to be asked.
 bool NetManage::isEthernet(TextArgument name) {
+  const std::lock_guard turn(turn_);
   if (!name) return false;
   const auto known = ethernet_.find(*name);
   if (known != ethernet_.end()) return known->second;
@@ -79,10 +85,12 @@ bool NetManage::isEthernet(TextArgument name) {
 }
 
 std::shared_ptr<const Dictionary> NetManage::sysconfigValueForKey(std::string_view key) {
+  const std::lock_guard turn(turn_);
   return scSession->value(key);
 }
 
 NetManage::Text NetManage::mainValue(Text& cached, std::string_view key) {
+  const std::lock_guard turn(turn_);
   if (!cached) cached = textIn(sysconfigValueForKey(store::globalState).get(), key);
   return cached;
 }
@@ -96,6 +104,7 @@ NetManage::Text NetManage::queryMainServiceID() {
 }
 
 std::shared_ptr<Dictionary> NetManage::interfaceConfigWithName(TextArgument name) {
+  const std::lock_guard turn(turn_);
   if (name && name != "primary") {
     if (const auto serviceID = queryServiceWithInterfaceName(name)) {
       const auto stat = queryUnderlyingInterfaceNameWithServiceID(serviceID);
@@ -123,6 +132,7 @@ std::shared_ptr<Dictionary> NetManage::configuration(const std::string& serviceI
 }
 
 NetManage::Text NetManage::queryInterfaceNameWithServiceID(TextArgument serviceID) {
+  const std::lock_guard turn(turn_);
   if (!serviceID) return std::nullopt;
   if (const auto hit = serviceToName.find(*serviceID); hit != serviceToName.end())
     return hit->second;
@@ -136,6 +146,7 @@ NetManage::Text NetManage::queryInterfaceNameWithServiceID(TextArgument serviceI
 
 /// Does not move the primary service to the front.
 NetManage::Text NetManage::queryServiceWithInterfaceName(TextArgument name) {
+  const std::lock_guard turn(turn_);
   if (!name) return std::nullopt;
   if (const auto hit = nameToService.find(*name); hit != nameToService.end()) return hit->second;
   const auto order = serviceOrder();
@@ -156,6 +167,7 @@ bool NetManage::hasInterface(const std::string& serviceID, std::string_view name
 }
 
 NetManage::Text NetManage::queryUnderlyingInterfaceNameWithServiceID(TextArgument serviceID) {
+  const std::lock_guard turn(turn_);
   if (!serviceID) return std::nullopt;
   if (const auto hit = underlyingInterface.find(*serviceID); hit != underlyingInterface.end())
     return hit->second;
@@ -169,6 +181,7 @@ NetManage::Text NetManage::queryUnderlyingInterfaceNameWithServiceID(TextArgumen
 }
 
 std::uint64_t NetManage::querySpeedWithServiceID(TextArgument serviceID) {
+  const std::lock_guard turn(turn_);
   if (!serviceID) return unknownSpeed;
   if (const auto hit = serviceSpeed.find(*serviceID); hit != serviceSpeed.end()) return hit->second;
   const auto keep = [this, &serviceID](std::uint64_t speed) {
@@ -185,6 +198,7 @@ std::uint64_t NetManage::querySpeedWithServiceID(TextArgument serviceID) {
 }
 
 bool NetManage::isUpWithinterfaceName(TextArgument name) {
+  const std::lock_guard turn(turn_);
   if (!name) return false;
   if (const auto hit = interfaceUp.find(*name); hit != interfaceUp.end()) return hit->second;
   const bool ethernet = isEthernet(name);
@@ -199,10 +213,13 @@ std::optional<bool> NetManage::linkState(std::string_view name) {
   return truthOf(valueIn(link.get(), "Active"));
 }
 
-/// Without a daemon a PPP interface tells of itself; nothing when the system refuses that.
+/// Nothing when the daemon gives no answer. Without a daemon a PPP interface tells of itself;
+/// nothing when the system refuses that.
 std::optional<bool> NetManage::pppState(std::string_view name) {
-  if (ppp->hasDaemon())
-    return isNumber(ppp->queryStatusWithInterfaceName(name).get(), "status", pppRunning);
+  if (ppp->hasDaemon()) {
+    const auto told = ppp->status(PppCommand::linkByInterfaceName, name);
+    return told ? std::optional(isNumber(told->get(), "status", pppRunning)) : std::nullopt;
+  }
   if (!counters_->read(*readings_)) return std::nullopt;
   for (std::size_t i = 0; i < readings_->count; ++i)
     if (readings_->readings[i].name == name) return readings_->readings[i].up;
@@ -210,6 +227,8 @@ std::optional<bool> NetManage::pppState(std::string_view name) {
 }
 
 std::shared_ptr<const Dictionary> NetManage::netStatsWithInterval(double seconds) {
+  const std::lock_guard turn(turn_);
+  const SharedPppTime together;
   if (!counters_->read(*readings_)) return nullptr;
   samples_->begin(seconds);
   for (std::size_t i = 0; i < readings_->count; ++i) addInterface(readings_->readings[i]);

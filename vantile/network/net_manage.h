@@ -4,9 +4,11 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "vantile/foundation/api.h"
 #include "vantile/foundation/value.h"
@@ -26,8 +28,8 @@ struct NetworkPorts;
 /// interfaces move. A service is a configured connection, known by its service ID. Answers are kept
 /// until the configuration changes, of which the making thread's run loop is told.
 ///
-/// Used on the thread that made it. A name or service ID of nothing gives nothing, but where
-/// something else is said.
+/// Any thread; operations take turns. Changes are taken in where the making thread's loop is
+/// served. A name or service ID of nothing gives nothing, but where something else is said.
 ///
 /// macOS: SystemConfiguration's dynamic store, the routing sysctl, the I/O registry. Linux:
 /// rtnetlink, and NetworkManager where it runs.
@@ -36,9 +38,9 @@ class VANTILE_API NetManage final {
   using Text = std::optional<std::string>;
   using TextArgument = std::optional<std::string_view>;
 
-  /// A new object, which the calling thread's run loop serves, and which is to be used and let go
-  /// of on that thread alone; null when the store or, where there is one, the PPP daemon can't be
-  /// reached. It takes a first throughput sample.
+  /// A new object, which the calling thread's run loop serves; null when the store or, where there
+  /// is one, the PPP daemon can't be reached. It takes a first throughput sample. Let go of on
+  /// another thread, it leaves that loop when the loop is served next, or ends.
   static std::shared_ptr<NetManage> init();
 
   ~NetManage();
@@ -46,7 +48,8 @@ class VANTILE_API NetManage final {
   NetManage& operator=(const NetManage&) = delete;
 
   /// The services in the user's order, the primary one first, as dictionaries of network_keys.h;
-  /// null when there is no order. The array is the one that is kept: `Network` adds to its entries.
+  /// null when there is no order. The array is the one that is kept: `Network` adds to its entries,
+  /// and so it is to be read where the monitor samples.
   std::shared_ptr<Array> queryInterfaceLists();
   /// The configuration of the interface, keys "service" to "interfaceup"; of the primary service
   /// for "primary", for nothing, and for an interface that no service has. Null without that.
@@ -79,6 +82,7 @@ class VANTILE_API NetManage final {
   std::uint64_t speedForInterfaceName(TextArgument name);
 
  private:
+  friend class Network;
   template <class Held>
   using Cache = std::map<std::string, Held, std::less<>>;
 
@@ -88,9 +92,11 @@ class VANTILE_API NetManage final {
   Text mainValue(Text& cached, std::string_view key);
   std::shared_ptr<Array> serviceOrder();
   void askPppAgain();
+  void askUnanswered();
+  bool addPppStatus(Dictionary& entry, const std::string& serviceID);
   std::shared_ptr<Dictionary> serviceEntry(const std::string& serviceID);
   static void addName(Dictionary& entry, const Dictionary& interface);
-  void addPpp(Dictionary& entry, const std::string& serviceID);
+  void addPpp(const std::shared_ptr<Dictionary>& entry, const std::string& serviceID);
   void addAddresses(Dictionary& entry, const std::string& serviceID);
   void addInterfaceState(Dictionary& entry, const std::string& device);
   void addSpeed(Dictionary& entry, const std::string& serviceID, const std::string& device);
@@ -102,8 +108,10 @@ class VANTILE_API NetManage final {
   void addInterface(const InterfaceReading& reading);
 
   const std::unique_ptr<const NetworkPorts> ports_;
+  std::recursive_mutex turn_;  // over all below; operations are made of others
   std::shared_ptr<NetPPP> ppp;
   std::shared_ptr<Array> interfaceDetails;
+  std::vector<std::shared_ptr<Dictionary>> unanswered_;  // its entries that the daemon left open
   Text primaryName, primaryService;
   Cache<std::string> serviceToName;
   Cache<std::string> nameToService;
@@ -115,7 +123,7 @@ class VANTILE_API NetManage final {
   std::unique_ptr<InterfaceCounters> counters_;
   std::unique_ptr<InterfaceReadings> readings_;  // their storage
   std::unique_ptr<TrafficSamples> samples_;
-  std::unique_ptr<ConfigurationSession> scSession;  // the first to go: nothing is told after it
+  std::shared_ptr<ConfigurationSession> scSession;  // the first to go; ends on its loop
 };
 
 }  // namespace vantile

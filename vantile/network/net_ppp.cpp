@@ -1,21 +1,55 @@
 #include "vantile/network/net_ppp.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 #include "vantile/network/network_keys.h"
 #include "vantile/network/network_ports.h"
 #include "vantile/network/ppp_messages.h"
+#include "vantile/network/ppp_time.h"
 #include "vantile/network/shared_network.h"
 
 namespace vantile {
 namespace {
 
-constexpr std::chrono::seconds longestOperation{2};
-constexpr std::chrono::seconds longestAbsence{30};
 constexpr std::uint32_t longestPayload = 64u << 10;
 
+std::optional<std::uint32_t> numberIn(const std::optional<std::string>& payload) {
+  return payload ? parsePppNumber(*payload) : std::nullopt;
+}
+
 }  // namespace
+
+/// One operation's turn on the stream and its time, of which waiting for the turn is a part.
+class NetPPP::Turn {
+ public:
+  explicit Turn(NetPPP& owner)
+      : owner_(owner), began_(owner.ports_->now()), until_(began_ + SharedPppTime::left()) {
+    std::unique_lock lock(owner.turnLock_);
+    isMine_ =
+        owner.turnEnded_.wait_for(lock, owner.left(until_), [this] { return !owner_.isTaken_; });
+    if (isMine_) owner.isTaken_ = true;
+  }
+  ~Turn() {
+    if (isMine_) {
+      const std::lock_guard lock(owner_.turnLock_);
+      owner_.isTaken_ = false;
+    }
+    owner_.turnEnded_.notify_one();
+    SharedPppTime::spend(owner_.ports_->now() - began_);
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+  /// When its time ends; at once where others had the stream all the time.
+  Moment until() const { return isMine_ ? until_ : began_; }
+
+ private:
+  NetPPP& owner_;
+  const Moment began_, until_;
+  bool isMine_ = false;
+};
 
 SharedInstance<NetPPP>& sharedPppController() {
   static auto& instance = *new SharedInstance<NetPPP>;
@@ -28,8 +62,8 @@ std::shared_ptr<NetPPP> NetPPP::singleton() {
 
 std::shared_ptr<NetPPP> NetPPP::init() {
   std::shared_ptr<NetPPP> controller(new NetPPP(NetworkPorts::installed()));
-  const bool works = !controller->hasDaemon() || controller->isConnected(controller->deadline());
-  return works ? controller : nullptr;
+  const Turn turn(*controller);
+  return !controller->hasDaemon() || controller->isConnected(turn.until()) ? controller : nullptr;
 }
 
 NetPPP::NetPPP(NetworkPorts ports)
@@ -41,20 +75,14 @@ bool NetPPP::hasDaemon() const {
   return ports_->ppp != nullptr;
 }
 
-NetPPP::Moment NetPPP::deadline() const {
-  return ports_->now() + longestOperation;
-}
-
 std::chrono::nanoseconds NetPPP::left(Moment until) const {
   return std::max(std::chrono::nanoseconds(until - ports_->now()), std::chrono::nanoseconds(0));
 }
 
-/// Whether there is a connection, made now where there was none and the daemon is not away.
+/// Whether there is a connection, made now where there was none, and time and a daemon to use it.
 bool NetPPP::isConnected(Moment until) {
-  if (!hasDaemon()) return false;
+  if (!hasDaemon() || left(until).count() == 0 || pppAbsence().lasts(ports_->now())) return false;
   if (pppconfdHandle) return true;
-  if (awayUntil_ && ports_->now() < *awayUntil_) return false;
-  awayUntil_.reset();
   auto made = ports_->ppp->reach(left(until));
   if (!isDone(made.outcome)) return false;
   pppconfdHandle = std::move(made.connection);
@@ -70,62 +98,58 @@ bool NetPPP::isDone(PppTransfer outcome) {
 
 void NetPPP::dropStream(bool away) {
   pppconfdHandle.reset();
-  if (away) awayUntil_ = ports_->now() + longestAbsence;
+  if (away) pppAbsence().begin(ports_->now());
 }
 
 std::optional<std::string> NetPPP::pppconfdExecMessage(std::string_view request) {
-  const std::lock_guard lock(turn_);
-  return exchange(request, deadline());
+  const Turn turn(*this);
+  return exchange(request, turn.until()).payload;
 }
 
-std::optional<std::string> NetPPP::exchange(std::string_view request, Moment until) {
-  if (!isConnected(until) || !isDone(pppconfdHandle->send(request, left(until))))
-    return std::nullopt;
+NetPPP::Answer NetPPP::exchange(std::string_view request, Moment until) {
+  if (!isConnected(until) || !isDone(pppconfdHandle->send(request, left(until)))) return {};
   return reply(until);
 }
 
-std::optional<std::string> NetPPP::reply(Moment until) {
+NetPPP::Answer NetPPP::reply(Moment until) {
   std::array<char, pppHeaderSize> bytes = {};
-  if (!isDone(pppconfdHandle->receive(bytes.data(), bytes.size(), left(until))))
-    return std::nullopt;
+  if (!isDone(pppconfdHandle->receive(bytes.data(), bytes.size(), left(until)))) return {};
   const auto header = parsePppHeader({bytes.data(), bytes.size()});
-  if (!header || header->length == 0) return std::nullopt;
+  if (!header || header->length == 0) return {.given = true, .payload = {}};
   if (header->length > longestPayload) {
     dropStream(true);  // what follows is not to be read, and the daemon not in its right mind
-    return std::nullopt;
+    return {};
   }
   std::string payload(header->length, '\0');
-  if (!isDone(pppconfdHandle->receive(payload.data(), payload.size(), left(until))))
-    return std::nullopt;
-  if (header->result != 0) return std::nullopt;  // its payload is read to stay in step
-  return payload;
+  if (!isDone(pppconfdHandle->receive(payload.data(), payload.size(), left(until)))) return {};
+  // A failure's payload is read to stay in step.
+  return {.given = true,
+          .payload = header->result == 0 ? std::optional(std::move(payload)) : std::nullopt};
 }
 
-std::optional<std::string> NetPPP::ask(PppCommand command, std::uint32_t link,
-                                       std::string_view payload, Moment until) {
+/// A request that can't be made is as good as answered: there is no such link.
+NetPPP::Answer NetPPP::ask(PppCommand command, std::uint32_t link, std::string_view payload,
+                           Moment until) {
   const auto request = pppRequest(command, link, payload);
-  return request ? exchange(*request, until) : std::nullopt;
-}
-
-std::optional<std::uint32_t> NetPPP::link(PppCommand by, std::string_view name, Moment until) {
-  const auto payload = ask(by, noPppLink, name, until);
-  return payload ? parsePppNumber(*payload) : std::nullopt;
+  return request ? exchange(*request, until) : Answer{.given = true, .payload = {}};
 }
 
 std::shared_ptr<Dictionary> NetPPP::queryStatusWithServiceID(std::string_view serviceID) {
-  return status(PppCommand::linkByServiceID, serviceID);
+  return status(PppCommand::linkByServiceID, serviceID).value_or(nullptr);
 }
 
 std::shared_ptr<Dictionary> NetPPP::queryStatusWithInterfaceName(std::string_view name) {
-  return status(PppCommand::linkByInterfaceName, name);
+  return status(PppCommand::linkByInterfaceName, name).value_or(nullptr);
 }
 
-std::shared_ptr<Dictionary> NetPPP::status(PppCommand by, std::string_view name) {
-  const std::lock_guard lock(turn_);
-  const auto until = deadline();
-  const auto found = link(by, name, until);
-  const auto payload = found ? ask(PppCommand::status, *found, {}, until) : std::nullopt;
-  const auto record = payload ? parsePppStatus(*payload) : std::nullopt;
+NetPPP::Told NetPPP::status(PppCommand by, std::string_view name) {
+  const Turn turn(*this);
+  auto answer = ask(by, noPppLink, name, turn.until());
+  const auto link = numberIn(answer.payload);
+  if (link) answer = ask(PppCommand::status, *link, {}, turn.until());
+  if (!answer.given) return std::nullopt;
+  if (!link) return nullptr;
+  const auto record = answer.payload ? parsePppStatus(*answer.payload) : std::nullopt;
   if (!record) return nullptr;
   auto result = std::make_shared<Dictionary>();
   result->set(keys::status, record->status);
@@ -146,16 +170,14 @@ void NetPPP::disconnectWithServiceID(std::string_view serviceID) {
 }
 
 void NetPPP::command(PppCommand command, std::string_view serviceID) {
-  const std::lock_guard lock(turn_);
-  const auto until = deadline();
-  if (const auto found = link(PppCommand::linkByServiceID, serviceID, until))
-    ask(command, *found, {}, until);
+  const Turn turn(*this);
+  const auto found = ask(PppCommand::linkByServiceID, noPppLink, serviceID, turn.until());
+  if (const auto link = numberIn(found.payload)) ask(command, *link, {}, turn.until());
 }
 
 std::uint32_t NetPPP::queryPPPconfdLinkCount() {
-  const std::lock_guard lock(turn_);
-  const auto payload = ask(PppCommand::linkCount, noPppLink, {}, deadline());
-  return payload ? parsePppNumber(*payload).value_or(0) : 0;
+  const Turn turn(*this);
+  return numberIn(ask(PppCommand::linkCount, noPppLink, {}, turn.until()).payload).value_or(0);
 }
 
 }  // namespace vantile

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -13,6 +14,7 @@
 
 namespace vantile {
 
+class NetManage;
 class PppConnection;
 enum class PppCommand : std::uint16_t;
 enum class PppTransfer;
@@ -20,11 +22,12 @@ struct NetworkPorts;
 
 /// Controls the machine's PPP links through the daemon that keeps them.
 ///
-/// An operation waits for the daemon for 2 seconds at most, connecting included, once those of
-/// other threads are through, and gives nothing then; for the 30 seconds after that the daemon
-/// counts as away and nothing waits for it. A connection that it closed is made anew by the next
-/// operation. A controller whose first connection can't be made is null, and tried again by whoever
-/// asks next.
+/// An operation waits for 2 seconds at most, for those of other threads and for the daemon,
+/// connecting included, and gives nothing then; so do all those of one sample of `Network` or one
+/// call of `NetManage` together. For the 30 seconds after a daemon let the time pass it counts as
+/// away for the whole process, and nothing waits for it. A connection that it closed is made anew
+/// by the next operation. A controller whose first connection can't be made is null, and tried
+/// again by whoever asks next.
 ///
 /// macOS: pppconfd. Linux: there is no such daemon, and so no links; PPP links are interfaces like
 /// any other.
@@ -62,26 +65,35 @@ class VANTILE_API NetPPP final {
   std::uint32_t queryPPPconfdLinkCount();
 
  private:
+  friend class NetManage;
+  class Turn;
   using Moment = std::chrono::steady_clock::time_point;
 
+  /// What came back of a request.
+  struct Answer {
+    bool given = false;  ///< a whole reply, whatever it said
+    std::optional<std::string> payload;
+  };
+  /// The state of a link, null where the daemon knows no such link; nothing where it gave no
+  /// answer.
+  using Told = std::optional<std::shared_ptr<Dictionary>>;
+
   explicit NetPPP(NetworkPorts ports);
-  std::optional<std::string> exchange(std::string_view request, Moment until);
-  std::optional<std::string> reply(Moment until);
+  Answer exchange(std::string_view request, Moment until);
+  Answer reply(Moment until);
   bool isConnected(Moment until);
   bool isDone(PppTransfer outcome);
   void dropStream(bool away);
   std::chrono::nanoseconds left(Moment until) const;
-  std::optional<std::string> ask(PppCommand command, std::uint32_t link, std::string_view payload,
-                                 Moment until);
-  std::optional<std::uint32_t> link(PppCommand by, std::string_view name, Moment until);
-  std::shared_ptr<Dictionary> status(PppCommand by, std::string_view name);
+  Answer ask(PppCommand command, std::uint32_t link, std::string_view payload, Moment until);
+  Told status(PppCommand by, std::string_view name);
   void command(PppCommand command, std::string_view serviceID);
-  Moment deadline() const;
 
   const std::unique_ptr<const NetworkPorts> ports_;
-  std::mutex turn_;  // over one operation: its requests and replies share the stream
-  std::unique_ptr<PppConnection> pppconfdHandle;
-  std::optional<Moment> awayUntil_;
+  std::mutex turnLock_;  // over the two below; an operation's requests and replies are one turn
+  std::condition_variable turnEnded_;
+  bool isTaken_ = false;
+  std::unique_ptr<PppConnection> pppconfdHandle;  // whose turn it is
 };
 
 }  // namespace vantile

@@ -9,6 +9,7 @@
 #include "vantile/network/net_manage.h"
 #include "vantile/network/net_ppp.h"
 #include "vantile/network/network_ports.h"
+#include "vantile/network/ppp_time.h"
 #include "vantile/network/shared_network.h"
 #include "vantile/network/store_values.h"
 #include "vantile/network/throughput_history.h"
@@ -50,6 +51,7 @@ std::shared_ptr<Network> Network::singleton() {
 }
 
 std::shared_ptr<Network> Network::init() {
+  const SharedPppTime together;
   std::shared_ptr<Network> monitor(new Network(NetworkPorts::installed()));
   monitor->netManage = NetManage::init();
   monitor->netPPP = NetPPP::singleton();
@@ -65,16 +67,12 @@ Network::Network(NetworkPorts ports)
 Network::~Network() = default;
 
 void Network::updateInfo(const Timer*) {
+  const std::lock_guard lock(sampleLock_);
   guarded("a network sample", [this] { sample(); });
 }
 
 void Network::sample() {
-  preferredInterfaceInfo = netManage ? netManage->interfaceConfigWithName("en4") : nullptr;
-  const double interval = sinceLastSample();
-  history_->add(netManage ? netManage->netStatsWithInterval(interval) : nullptr, interval,
-                stayNetHistoryCount());
-  lastSampleDate = ports_->now();
-  const auto services = netManage ? netManage->queryInterfaceLists() : nullptr;
+  const auto services = takeSample();
   if (!services) return;
   std::size_t place = 0;
   for (const Value& each : *services) {
@@ -86,16 +84,27 @@ void Network::sample() {
   }
 }
 
+/// Adds to the history; gives the services. All that the PPP daemon is asked for takes one time.
+std::shared_ptr<Array> Network::takeSample() {
+  const SharedPppTime together;
+  preferredInterfaceInfo = netManage ? netManage->interfaceConfigWithName("en4") : nullptr;
+  const double interval = sinceLastSample();
+  history_->add(netManage ? netManage->netStatsWithInterval(interval) : nullptr, interval,
+                stayNetHistoryCount());
+  lastSampleDate = ports_->now();
+  return netManage ? netManage->queryInterfaceLists() : nullptr;
+}
+
 double Network::sinceLastSample() const {
   if (!lastSampleDate) return freshInterval();
   return std::chrono::duration<double>(ports_->now() - *lastSampleDate).count();
 }
 
 /// PPP over Ethernet is read from the Ethernet device.
-void Network::addThroughput(Dictionary& entry, std::size_t& place) const {
+void Network::addThroughput(Dictionary& entry, std::size_t& place) {
   const auto* const device = entry.text(keys::device_name);
   const auto* const link = entry.text(keys::device_ppp_name);
-  const bool overEthernet = link && device && isEthernetName(*ports_->facts, *device);
+  const bool overEthernet = link && device && netManage->isEthernet(*device);
   const auto* const name = link && !overEthernet ? link : device;
   const auto& sample = history_->newest();
   const Value* const details = name && sample ? findFrom(*sample, place, *name) : nullptr;

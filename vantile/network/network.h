@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 #include "vantile/foundation/api.h"
@@ -24,7 +25,8 @@ struct NetworkPorts;
 struct NetworkDelegate {
   /// The network services, the primary one first, dictionaries of network_keys.h: once for every
   /// service, each time with all of them. They are the callee's to read during the call; later
-  /// samples change them. Called on the thread that samples.
+  /// samples change them. Called on the thread that samples; a sample on another thread waits
+  /// meanwhile.
   std::function<void(const Array& services)> networkStatus;
 };
 
@@ -45,9 +47,10 @@ class VANTILE_API Network final : public Monitor<NetworkDelegate> {
   Network(const Network&) = delete;
   Network& operator=(const Network&) = delete;
 
-  /// Takes one sample; without services nobody is told. On the thread that made the monitor, which
-  /// is also to set the interval and, where it is no shared one, to let go of it: the system's
-  /// changes are served there.
+  /// Takes one sample; without services nobody is told. Any thread, one sample at a time; one from
+  /// inside a delegate call is taken. The system's changes are taken in on the run loop of the
+  /// thread that made the monitor, wherever its interval was set; while that loop is not served the
+  /// services stay as they were.
   void updateInfo(const Timer* firing = nullptr) override;
 
   /// How many samples the history keeps, 1 at first: that many and one more by turns, and a single
@@ -58,10 +61,13 @@ class VANTILE_API Network final : public Monitor<NetworkDelegate> {
  private:
   explicit Network(NetworkPorts ports);
   void sample();
+  std::shared_ptr<Array> takeSample();
   double sinceLastSample() const;
-  void addThroughput(Dictionary& entry, std::size_t& place) const;
+  void addThroughput(Dictionary& entry, std::size_t& place);
 
   const std::unique_ptr<const NetworkPorts> ports_;
+  std::recursive_mutex
+      sampleLock_;  // over a sample and its delegate calls, which read what it made
   std::shared_ptr<NetManage> netManage;
   std::shared_ptr<NetPPP> netPPP;
   std::atomic<std::int32_t> _stayNetHistoryCount = 0;

@@ -6,6 +6,7 @@
 #include "vantile/network/net_manage.h"
 #include "vantile/network/net_ppp.h"
 #include "vantile/network/ppp_messages.h"
+#include "vantile/network/ppp_time.h"
 #include "vantile/network/store_keys.h"
 #include "vantile/network/store_values.h"
 
@@ -28,8 +29,11 @@ std::shared_ptr<Array> NetManage::serviceOrder() {
 }
 
 std::shared_ptr<Array> NetManage::queryInterfaceLists() {
+  const std::lock_guard turn(turn_);
+  const SharedPppTime together;
   if (interfaceDetails) {
     askPppAgain();
+    askUnanswered();
     return interfaceDetails;
   }
   const auto held = serviceOrder();
@@ -62,6 +66,14 @@ void NetManage::askPppAgain() {
   }
 }
 
+/// What the daemon left open when the entry was made, being away for instance, it may tell by now.
+void NetManage::askUnanswered() {
+  std::erase_if(unanswered_, [this](const auto& entry) {
+    const auto serviceID = textIn(entry.get(), keys::service_id);
+    return !serviceID || addPppStatus(*entry, *serviceID);
+  });
+}
+
 /// Null for a service without an interface.
 std::shared_ptr<Dictionary> NetManage::serviceEntry(const std::string& serviceID) {
   auto made = std::make_shared<Dictionary>();
@@ -77,7 +89,7 @@ std::shared_ptr<Dictionary> NetManage::serviceEntry(const std::string& serviceID
   copyValue(entry, keys::device_name, interface.get(), "DeviceName");
   copyValue(entry, keys::connection_type, interface.get(),
             interface->contains("SubType") ? "SubType" : "Type");
-  addPpp(entry, serviceID);
+  addPpp(made, serviceID);
   addAddresses(entry, serviceID);
   if (const auto device = textIn(&entry, keys::device_name)) {
     addInterfaceState(entry, *device);
@@ -99,12 +111,18 @@ void NetManage::addName(Dictionary& entry, const Dictionary& interface) {
   }
 }
 
-void NetManage::addPpp(Dictionary& entry, const std::string& serviceID) {
+void NetManage::addPpp(const std::shared_ptr<Dictionary>& entry, const std::string& serviceID) {
   const auto state = sysconfigValueForKey(storeKey(store::pppState, serviceID));
-  copyValue(entry, keys::device_ppp_name, state.get(), "InterfaceName");
-  if (!sysconfigValueForKey(storeKey(store::pppSetup, serviceID))) return;
-  if (auto status = ppp->queryStatusWithServiceID(serviceID))
-    entry.set(keys::ppp_status_info, std::move(status));
+  copyValue(*entry, keys::device_ppp_name, state.get(), "InterfaceName");
+  if (!sysconfigValueForKey(storeKey(store::pppSetup, serviceID)) || !ppp->hasDaemon()) return;
+  if (!addPppStatus(*entry, serviceID)) unanswered_.push_back(entry);
+}
+
+/// Whether the daemon gave an answer. It may not know the service.
+bool NetManage::addPppStatus(Dictionary& entry, const std::string& serviceID) {
+  auto told = ppp->status(PppCommand::linkByServiceID, serviceID);
+  if (told && *told) entry.set(keys::ppp_status_info, std::move(*told));
+  return told.has_value();
 }
 
 void NetManage::addAddresses(Dictionary& entry, const std::string& serviceID) {

@@ -1,4 +1,5 @@
 #include <sstream>
+#include <thread>
 
 #include "vantile/network/net_ppp.h"
 
@@ -55,6 +56,25 @@ TEST_F(ManageLife, TheSharedPppControllerIsTaken) {
 TEST_F(ManageLife, OneThatGoesEndsItsSession) {
   manage();
   EXPECT_EQ(store.sessions, 1);
+  manage_.reset();
+  EXPECT_EQ(store.sessions, 0);
+}
+
+TEST_F(ManageLife, OneThatGoesOnAnotherThreadEndsItsSessionOnItsOwnLoop) {
+  manage();
+  std::thread([this] { manage_.reset(); }).join();
+  EXPECT_EQ(store.sessions, 1);
+  change();  // on its way meanwhile
+  loop.settle();
+  EXPECT_EQ(store.sessions, 0);
+  EXPECT_EQ(store.endedOn, std::this_thread::get_id());
+}
+
+TEST_F(ManageLife, OneWhoseThreadIsGoneEndsItsSessionAtOnce) {
+  std::thread([this] {
+    const SteppedLoop own;
+    manage();
+  }).join();
   manage_.reset();
   EXPECT_EQ(store.sessions, 0);
 }

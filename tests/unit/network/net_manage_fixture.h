@@ -10,6 +10,7 @@
 
 #include "fakes/fake_network_ports.h"
 #include "fakes/ppp_replies.h"
+#include "fakes/stepped_loop.h"
 
 namespace vantile::testing {
 
@@ -71,6 +72,7 @@ class Manage : public ::testing::Test {
     return {once, store.reads.size() - once};
   }
 
+  SteppedLoop loop;
   FakeNetworkPorts ports;
   FakeConfigurationStore& store = *ports.store;
   FakeInterfaces& interfaces = *ports.interfaces;

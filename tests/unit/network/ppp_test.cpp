@@ -60,14 +60,38 @@ TEST_F(Ppp, AnInterfaceIsAskedForByItsName) {
   EXPECT_EQ(daemon.requests, (Requests{pppHeader(14, 0, none, 4) + "ppp0", pppHeader(2, 0, 5, 0)}));
 }
 
-TEST_F(Ppp, ConnectingLooksTheLinkUpAndDoesNotExamineTheReply) {
-  answeredBy(numberReply(9) + pppReply("any", 6))->connectWithServiceID("S");
+TEST_F(Ppp, ConnectingLooksTheLinkUpAndReadsTheReplyWithoutExaminingIt) {
+  const auto controller = answeredBy(numberReply(9) + pppReply("any", 6) + numberReply(2));
+  controller->connectWithServiceID("S");
   EXPECT_EQ(daemon.requests, (Requests{pppHeader(13, 0, none, 1) + "S", pppHeader(3, 0, 9, 0)}));
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 2u) << "the stream is in step";
 }
 
-TEST_F(Ppp, DisconnectingLooksTheLinkUp) {
-  answeredBy(numberReply(9) + pppReply(""))->disconnectWithServiceID("S");
+TEST_F(Ppp, DisconnectingLooksTheLinkUpAndReadsTheReply) {
+  const auto controller = answeredBy(numberReply(9) + pppReply("") + numberReply(2));
+  controller->disconnectWithServiceID("S");
   EXPECT_EQ(daemon.requests, (Requests{pppHeader(13, 0, none, 1) + "S", pppHeader(5, 0, 9, 0)}));
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 2u) << "the stream is in step";
+}
+
+TEST_F(Ppp, ALinkThatIsNotFoundIsNotAskedForItsStatus) {
+  const auto controller = answeredBy(pppReply("") + pppReply("link", 3) + numberReply(2));
+  EXPECT_FALSE(controller->queryStatusWithServiceID("S"));
+  EXPECT_FALSE(controller->queryStatusWithInterfaceName("ppp0"));
+  EXPECT_EQ(daemon.requests.size(), 2u);
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 2u);
+}
+
+TEST_F(Ppp, ANameLongerThanItsLengthCanSayIsRefused) {
+  const auto controller = answeredBy(numberReply(2));
+  const char byte = 'x';
+  const std::string_view name(&byte, std::size_t{1} << 32);  // of which nothing may be read
+  EXPECT_FALSE(controller->queryStatusWithServiceID(name));
+  EXPECT_FALSE(controller->queryStatusWithInterfaceName(name));
+  controller->connectWithServiceID(name);
+  controller->disconnectWithServiceID(name);
+  EXPECT_TRUE(daemon.requests.empty());
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 2u);
 }
 
 TEST_F(Ppp, ALinkReferenceThatIsNotFourBytesEndsTheOperation) {
@@ -95,6 +119,7 @@ TEST_F(Ppp, TheDaemonsLinksAreCounted) {
 
 TEST_F(Ppp, AnyOtherReplyCountsNoLinks) {
   EXPECT_EQ(answeredBy(pppReply("abc"))->queryPPPconfdLinkCount(), 0u);
+  EXPECT_EQ(answeredBy(pppReply("abcde"))->queryPPPconfdLinkCount(), 0u);
   EXPECT_EQ(answeredBy(pppReply("abcd", 1))->queryPPPconfdLinkCount(), 0u);
 }
 
@@ -221,6 +246,46 @@ TEST_F(Ppp, ConnectingThatTakesTooLongGivesNoController) {
   const auto before = daemon.now;
   EXPECT_FALSE(NetPPP::init());
   EXPECT_EQ(daemon.now - before, 2s);
+}
+
+TEST_F(Ppp, ADaemonThatLetsTheTimeOfConnectingPassIsAwayForThirtySeconds) {
+  daemon.scripts = {{.connecting = PppTransfer::late}, {.replies = numberReply(4)}};
+  EXPECT_FALSE(NetPPP::singleton());
+  const auto before = daemon.now;
+  EXPECT_FALSE(NetPPP::singleton());
+  daemon.now += 30s - 1ns;
+  EXPECT_FALSE(NetPPP::init());
+  EXPECT_EQ(daemon.connects, 1) << "nothing is tried";
+  daemon.now += 1ns;
+  EXPECT_EQ(daemon.now - before, 30s);
+  ASSERT_TRUE(NetPPP::singleton());
+  EXPECT_EQ(NetPPP::singleton()->queryPPPconfdLinkCount(), 4u);
+}
+
+TEST_F(Ppp, ALaterConnectionThatTakesTooLongIsAnAbsenceToo) {
+  const auto controller = answeredBy("", PppTransfer::closed);
+  controller->queryPPPconfdLinkCount();
+  daemon.scripts = {{.connecting = PppTransfer::late}, {.replies = numberReply(4)}};
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 0u);
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 0u);
+  EXPECT_EQ(daemon.connects, 2);
+  daemon.now += 30s;
+  EXPECT_EQ(controller->queryPPPconfdLinkCount(), 4u);
+}
+
+TEST_F(Ppp, AnAbsenceIsOneOfEveryControllers) {
+  const auto other = answeredBy(numberReply(4));
+  EXPECT_EQ(answeredBy("")->queryPPPconfdLinkCount(), 0u);
+  EXPECT_EQ(other->queryPPPconfdLinkCount(), 0u);
+  EXPECT_EQ(daemon.requests.size(), 1u);
+  daemon.now += 30s;
+  EXPECT_EQ(other->queryPPPconfdLinkCount(), 4u);
+}
+
+TEST_F(Ppp, ADaemonThatRefusesIsNotAway) {
+  EXPECT_FALSE(NetPPP::init());
+  EXPECT_FALSE(NetPPP::init());
+  EXPECT_EQ(daemon.connects, 2);
 }
 
 TEST_F(Ppp, OneThatGoesClosesItsConnection) {

@@ -140,6 +140,30 @@ TEST_F(Queries, WhatCountsAsEthernetHasItsLinksSpeed) {
   EXPECT_EQ(manage().querySpeedWithServiceID("B"), 400'000'000u);
 }
 
+TEST_F(Queries, PppOverEthernetHasTheUsualSpeedByItsPppInterface) {
+  state("A", "PPP").set("InterfaceName", "ppp0");
+  interfaces.speeds["en0"] = 1'000'000'000;
+  EXPECT_EQ(manage().querySpeedWithServiceID("A"), 10'000'000u);
+}
+
+TEST_F(Queries, ThePlatformIsAskedOnceWhetherANameIsEthernet) {
+  interfaces.ethernet = {"eth0"};
+  add("B", "eth0");
+  manage();
+  interfaces.ethernetReads = 0;
+  change();
+  for (int i = 0; i < 3; ++i) {
+    manage_->isUpWithinterfaceName("eth0");
+    manage_->querySpeedWithServiceID("B");
+    manage_->interfaceConfigWithName("eth0");
+    manage_->queryInterfaceLists();
+  }
+  EXPECT_EQ(interfaces.ethernetReads, 1) << "and not at all for en0";
+  change();
+  manage_->isUpWithinterfaceName("eth0");
+  EXPECT_EQ(interfaces.ethernetReads, 2);
+}
+
 TEST_F(Queries, AnyOtherServiceHasTheUsualSpeedAndIsAskedForAgain) {
   interfaces.speeds["fw0"] = 400'000'000;
   EXPECT_EQ(manage().querySpeedWithServiceID("B"), 10'000'000u);
@@ -224,8 +248,10 @@ TEST_F(Queries, APppInterfaceIsUpWhileTheDaemonSaysSo) {
 }
 
 TEST_F(Queries, APppInterfaceThatTheDaemonDoesNotKnowIsNotUp) {
-  daemonAnswers(pppReply(""));
+  daemonAnswers(pppReply("") + statusReplies(8));
   EXPECT_EQ(isUp("ppp0"), false);
+  EXPECT_EQ(isUp("ppp0"), false) << "the answer is kept";
+  EXPECT_EQ(ports.ppp->requests.size(), 1u);
 }
 
 TEST_F(Queries, WithoutADaemonAPppInterfaceIsUpByItsOwnFlag) {
@@ -264,10 +290,28 @@ TEST_F(Queries, AConfigurationTellsAllOfAnInterface) {
 
 TEST_F(Queries, AConfigurationNamesTheInterfaceThatCounts) {
   state("A", "PPP").set("InterfaceName", "ppp0");
+  interface("en0", "Link").set("Active", false);
   const auto record = manage().interfaceConfigWithName("ppp0");
   ASSERT_TRUE(record);
   EXPECT_EQ(*record->text("statname"), "en0");
   EXPECT_EQ(*record->text("name"), "ppp0");
+  EXPECT_EQ(record->boolean("interfaceup"), false) << "of the interface that counts";
+}
+
+TEST_F(Queries, AConfigurationIsReadOnce) {
+  interface("en0", "Link").set("Active", true);
+  manage();
+  change();
+  manage_->interfaceConfigWithName("en0");
+  store.reads.clear();
+  manage_->interfaceConfigWithName("en0");
+  EXPECT_TRUE(store.reads.empty());
+}
+
+TEST_F(Queries, AServiceWithoutAnInterfaceThatCountsHasNoConfigurationNotEvenThePrimarys) {
+  EXPECT_EQ(manage().queryServiceWithInterfaceName("fw0"), "B");
+  setup("B", "Interface") = Dictionary();  // which the kept answer does not show
+  EXPECT_FALSE(manage_->interfaceConfigWithName("fw0"));
 }
 
 TEST_F(Queries, ThePrimaryServiceAnswersForItsOwnNameForNoneAndForUnknownOnes) {

@@ -74,6 +74,25 @@ TEST_F(Services, HaveNoKeyForWhatIsMissing) {
   EXPECT_EQ(entry(), expected);
 }
 
+TEST_F(Services, WithoutADeviceAreNotLookedUpByIt) {
+  primary("A", "en0");
+  setup("A", "Interface") = Dictionary();
+  manage().clearHistory();
+  manage_->queryInterfaceLists();
+  EXPECT_EQ(store.reads, (Names{"Setup:/Network/Global/IPv4", "State:/Network/Global/IPv4",
+                                "Setup:/Network/Service/A", "Setup:/Network/Service/A/Interface",
+                                "State:/Network/Service/A/PPP", "Setup:/Network/Service/A/PPP",
+                                "State:/Network/Service/A/IPv4", "State:/Network/Service/A/DNS"}));
+}
+
+TEST_F(Services, HaveEachAddressKeyByItself) {
+  state("A", "IPv4").set("Router", "10.0.0.1");
+  EXPECT_EQ(*entry().text("ipv4_router"), "10.0.0.1");
+  EXPECT_FALSE(entry().contains("ipv4_addresses"));
+  EXPECT_FALSE(entry().contains("ipv4_subnetmasks"));
+  EXPECT_FALSE(entry().contains("ipv4_dns"));
+}
+
 TEST_F(Services, WithoutAnInterfaceAreLeftOut) {
   order({"B", "A", "C"});
   setup("B").set("UserDefinedName", "Away");
@@ -87,6 +106,7 @@ TEST_F(Services, AreNamedByTheUserFirst) {
 }
 
 TEST_F(Services, AreNamedByTheirHardwareNext) {
+  setup("A").set("Other", "value");
   setup("A", "Interface").set("Hardware", "AirPort");
   EXPECT_EQ(*entry().text("user_defind_name"), "AirPort");
 }
