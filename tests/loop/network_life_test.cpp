@@ -32,10 +32,14 @@ using namespace std::chrono_literals;
 
 constexpr std::uint32_t running = 0x10001;
 
+/// Tells of changes until it ends.
 struct FakeManager final : NetworkManagerClient {
-  explicit FakeManager(const std::vector<ManagedConnection>& all) : all_(all) {}
-  const std::vector<ManagedConnection>& connections() const override { return all_; }
-  const std::vector<ManagedConnection>& all_;
+  FakeManager(const std::vector<ManagedConnection>& connections, std::function<void()>& changed)
+      : all(connections), tells(changed) {}
+  ~FakeManager() override { tells = nullptr; }
+  const std::vector<ManagedConnection>& connections() const override { return all; }
+  const std::vector<ManagedConnection>& all;
+  std::function<void()>& tells;
 };
 
 /// A thread with a run loop of its own, on which the network's changes come.
@@ -50,7 +54,7 @@ class NetworkOnAThread : public ::testing::Test {
     sources.resolver = {folder.path("resolv.conf"), folder.path("stub")};
     sources.follow = [this](std::function<void()> changed) {
       managerChanged = std::move(changed);
-      return std::make_unique<FakeManager>(connections);
+      return std::make_unique<FakeManager>(connections, managerChanged);
     };
     NetworkPorts::installed().store = std::make_shared<LinuxConfigurationStore>(sources);
     (*ports.interfaces)["eth0"].received = 1000;
@@ -104,7 +108,7 @@ class NetworkOnAThread : public ::testing::Test {
     if (!changes) return;
     const bool even = ++told_ % 2 == 0;
     connections = {{"uuid", even ? "Office" : "Home", "eth0", "802-3-ethernet", even}};
-    managerChanged();
+    if (managerChanged) managerChanged();
     kernel.tell(message(RTM_NEWLINK, linkPayload(2, "eth0", even ? running : 0)));
     ::eventfd_write(counter.get(), 1);
   }

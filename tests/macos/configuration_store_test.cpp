@@ -1,5 +1,9 @@
 #include "vantile/platform/configuration_store.h"
 
+#include <thread>
+
+#include "vantile/foundation/ending_on_loop.h"
+
 #include "seam.h"
 
 namespace vantile {
@@ -82,6 +86,18 @@ TEST_F(ConfigurationStoreSeam, ASessionMayEndInItsOwnCall) {
   fakes::changeStore();
   EXPECT_EQ(changes, 1);
   EXPECT_EQ(fakes::live().sources, 0);
+}
+
+TEST_F(ConfigurationStoreSeam, ASessionLetGoOfOnAnotherThreadLeavesTheRunLoopWhenThatIsServed) {
+  const auto loop = RunLoop::on(makeLoopDriver());
+  const RunLoop::Override current(loop);
+  const auto before = fakes::live().sources;
+  auto session = endingOnLoop(open());
+  std::thread([&session] { session.reset(); }).join();
+  EXPECT_EQ(fakes::live().sources, before + 1);
+  fakes::changeStore();  // on its way meanwhile
+  loop->dispatch();
+  EXPECT_EQ(fakes::live().sources, before);
 }
 
 TEST_F(ConfigurationStoreSeam, ASessionThatEndsLeavesTheRunLoop) {

@@ -154,11 +154,11 @@ TEST_F(PppTime, AServicesStatusThatTheDaemonOwesIsAskedForUntilItComes) {
   EXPECT_FALSE(pppStatus(0));
   daemonIsBack(statusReplies(8) + pppReply("") + statusReplies(3));
   const auto kept = manage_->queryInterfaceLists();
+  const auto asked = ports.ppp->requests.size();
   EXPECT_TRUE(store.reads.empty()) << "the list is the one that is kept";
   EXPECT_EQ(pppStatus(0)->uint64("status"), 8u);
   EXPECT_FALSE(pppStatus(1)) << "the daemon does not know it";
   EXPECT_EQ(pppStatus(2)->uint64("status"), 3u);
-  const auto asked = ports.ppp->requests.size();
   EXPECT_EQ(manage_->queryInterfaceLists(), kept);
   EXPECT_EQ(ports.ppp->requests.size(), asked) << "once it came it is kept";
 }
