@@ -67,6 +67,7 @@ Network::Network(NetworkPorts ports)
 Network::~Network() = default;
 
 void Network::updateInfo(const Timer*) {
+  const auto self = shared_from_this();  // a delegate may let go of it
   const std::lock_guard lock(sampleLock_);
   guarded("a network sample", [this] { sample(); });
 }

@@ -46,6 +46,19 @@ TEST_F(NetworkLife, AChangeInTheMidstOfACallIsSafe) {
   EXPECT_EQ(calls, 4);
 }
 
+TEST_F(NetworkLife, ADelegateMayLetGoOfTheMonitor) {
+  order({"A", "B"});
+  add("B", "en1");
+  delegate->networkStatus = [this](const Array&) {
+    ++calls;
+    monitor_.reset();
+    EXPECT_EQ(store.sessions, 1);
+  };
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(store.sessions, 0);
+}
+
 TEST_F(NetworkLife, AMonitorThatGoesEndsItsSession) {
   monitor();
   EXPECT_EQ(store.sessions, 1);
