@@ -325,6 +325,13 @@ TEST_F(Queries, ThePrimaryServiceAnswersForItsOwnNameForNoneAndForUnknownOnes) {
   }
 }
 
+TEST_F(Queries, AnInterfaceThatIsCalledPrimaryIsNotMeant) {
+  add("B", "primary");
+  const auto record = manage().interfaceConfigWithName("primary");
+  ASSERT_TRUE(record);
+  EXPECT_EQ(*record->text("service"), "A");
+}
+
 TEST_F(Queries, APrimaryServiceWithoutADeviceIsCountedByTheMainInterface) {
   primary("C", "utun0");
   const auto record = manage().interfaceConfigWithName("primary");
