@@ -34,6 +34,7 @@ std::shared_ptr<Dictionary> propertiesOf(const KVDBatteryInfo& info) {
   if (entry && entry->contains("Temperature"))
     properties->set("batteryTemperature", info.batteryTemperature());
   properties->set("timeSinceUnpluggedTranslated", info.timeSinceUnpluggedTranslated());
+  properties->set("unpluggedTimerCount", info.unpluggedTimerCount());
   return properties;
 }
 
@@ -48,45 +49,79 @@ class RunningBattery final : public RunningMonitor {
   RunningBattery(const RunningBattery&) = delete;
   RunningBattery& operator=(const RunningBattery&) = delete;
 
+  /// Also where a change was told to nobody, as the removal of the only battery is.
+  void afterRound() override {
+    if (isUpdated()) tellProperties();
+  }
+
  private:
   std::shared_ptr<BatteryDelegate> delegate() {
     auto delegate = std::make_shared<BatteryDelegate>();
     delegate->batteryCalculating = [this](double percent) {
+      take("batteryCalculating");
       tell("batteryCalculating", {percent});
     };
     delegate->batteryWithRemaining = [this](const std::string& time) {
+      take("batteryWithRemaining", time);
       tell("batteryWithRemaining", {time});
     };
     delegate->batteryRemainingWithLeft = [this](const std::string& percent) {
       tell("batteryRemainingWithLeft", {percent});
     };
-    delegate->batteryChargingCalculating = [this] { tell("batteryChargingCalculating", {}); };
+    delegate->batteryChargingCalculating = [this] {
+      take("batteryChargingCalculating");
+      tell("batteryChargingCalculating", {});
+    };
     delegate->batteryChargingWithRemaining = [this](const std::string& time) {
+      take("batteryChargingWithRemaining", time);
       tell("batteryChargingWithRemaining", {time});
     };
-    delegate->batteryCharged = [this] { tell("batteryCharged", {}); };
+    delegate->batteryCharged = [this] {
+      take("batteryCharged");
+      tell("batteryCharged", {});
+    };
     delegate->charged = [this] { tell("charged", {}); };
     return delegate;
   }
 
-  /// Each call comes in the midst of an update: the properties are whole once that is over.
+  /// Each update sets the time at its end, which is nil from one report of ours to the next update.
+  bool isUpdated() const { return info_->timeSinceUnpluggedTranslated().has_value(); }
+  void beginUpdate() {
+    info_->setTimeSinceUnpluggedTranslated({});
+    sources_->clear();
+  }
+
+  /// Each power source has one of these calls an update, during which the properties are its own.
+  void take(std::string_view operation, std::optional<std::string> time = {}) {
+    if (isUpdated()) beginUpdate();
+    auto source = std::make_shared<Dictionary>();
+    source->set("operation", std::string(operation));
+    source->set("time", std::move(time));
+    source->set("powerSourceState", info_->prevPowerSource());
+    source->set("currentPercent", info_->currentPercent());
+    source->set("batteryHealth", info_->health());
+    sources_->emplace_back(std::move(source));
+  }
   void tell(std::string_view operation, std::vector<std::optional<Value>> arguments) {
     sink_({"battery", operation, std::move(arguments)});
-    if (!look_.isValid())
-      look_ = RunLoop::current().after(RunLoop::Duration(1), [this] { tellProperties(); });
   }
   void tellProperties() {
-    look_.invalidate();
-    sink_({"battery", "updateCurrentStatus", {Value(propertiesOf(*info_))}});
+    const auto properties = propertiesOf(*info_);
+    if (!sources_->empty()) properties->set("sources", sources_);
+    sources_ = std::make_shared<Array>();
+    beginUpdate();
+    tell("updateCurrentStatus", {Value(properties)});
   }
   void update() {
+    beginUpdate();
     info_->updateCurrentStatus();
     tellProperties();
   }
 
   const ReportSink sink_;
   const std::shared_ptr<KVDBatteryInfo> info_ = KVDBatteryInfo::init();
-  Timer timer_, look_;
+  std::shared_ptr<Array> sources_ = std::make_shared<Array>();
+  Timer timer_;
 };
 
 }  // namespace

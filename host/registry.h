@@ -17,6 +17,8 @@ namespace vantile::host {
 class RunningMonitor {
  public:
   virtual ~RunningMonitor() = default;
+  /// Called after each round of the program's loop, in which the library may have been at work.
+  virtual void afterRound() {}
 };
 
 /// When a monitor takes its samples.

@@ -53,6 +53,7 @@ int Stream::run() {
     if (found & (POLLERR | POLLHUP)) loop_.end(0);
   });
   loop_.afterEach([this] {
+    for (const auto& source : sources_) source.running->afterRound();
     if (isDone()) loop_.end(0);
   });
   if (!start()) return 1;

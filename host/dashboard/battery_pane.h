@@ -5,38 +5,45 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "dashboard/pane.h"
 #include "report.h"
 
 namespace vantile::host {
 
-/// What the battery monitor told so far.
+/// One power source, which is a battery but for a UPS.
+struct BatterySource {
+  enum class State { onBattery, onExternalPower, charging, charged };
+
+  State state = State::charged;
+  std::int64_t percent = 0;
+  std::optional<std::string> health;
+  std::optional<std::string> time;  ///< until it is full; while it gives out, that of all together
+};
+
+/// What the battery monitor told last.
 class BatteryFigures {
  public:
   void take(const Report& report);
 
-  bool known() const { return hasBattery.has_value(); }
-  /// "on battery, 3:24 left"; empty while nothing was told.
-  std::string state() const;
-
-  std::optional<bool> hasBattery;
-  bool isCharging = false;
-  std::int64_t percent = 0;
-  std::optional<std::string> health, unplugged;
-  std::optional<std::int64_t> cycles;
-  std::optional<double> watts, celsius;
+  bool known() const { return known_; }
+  const std::vector<BatterySource>& sources() const { return sources_; }
+  /// "3:24 left, unplugged for 0:12", while a battery gives out and as much of it as is known.
+  std::string timeOnBattery() const;
+  /// Cycles, power and temperature, which the first battery alone tells.
+  std::string readings() const;
 
  private:
-  void takeProperties(const Dictionary& properties);
-
-  enum class State { none, onBattery, charging, charged };
-  State state_ = State::none;
-  std::optional<std::string> time_;  ///< left, or until it is full
-  bool isOnExternalPower_ = false;
+  bool known_ = false;
+  bool sawExternalPower_ = false;
+  std::vector<BatterySource> sources_;
+  std::optional<std::string> unplugged_;
+  std::optional<std::int64_t> cycles_;
+  std::optional<double> watts_, celsius_;
 };
 
-/// The charge as a bar, what becomes of it, and the battery's readings.
+/// The charge of each battery as a bar, what becomes of it, and the readings.
 class BatteryPane final : public Pane {
  public:
   explicit BatteryPane(std::shared_ptr<const BatteryFigures> figures)

@@ -105,7 +105,10 @@ int Dashboard::run() {
   }
   loop_.onSignal([this](int number) { handleSignal(number); });
   loop_.watch(STDIN_FILENO, POLLIN, [this](short found) { handleInput(found); });
-  loop_.afterEach([this] { redraw(); });
+  loop_.afterEach([this] {
+    for (const auto& monitor : running_) monitor->afterRound();
+    redraw();
+  });
   const Timer clock =
       RunLoop::current().every(std::chrono::seconds(1), [this] { changed_ = true; });
   redraw();

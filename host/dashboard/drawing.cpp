@@ -10,7 +10,11 @@ constexpr Style faint{Colour::Grey};
 }  // namespace
 
 void drawWaiting(Region region) {
-  region.text(0, 0, "waiting for the first sample", faint);
+  region.text(0, 0, clipped("waiting for the first sample", region.width()), faint);
+}
+
+void drawMore(Region row, int count) {
+  row.text(0, 0, clipped("and " + std::to_string(count) + " more", row.width()), faint);
 }
 
 void drawGuide(Region region, int y) {

@@ -11,6 +11,9 @@ namespace vantile::host {
 /// Says that nothing was told yet.
 void drawWaiting(Region region);
 
+/// Says that so many more have no room.
+void drawMore(Region row, int count);
+
 /// Draws a dotted line, to go behind a graph.
 void drawGuide(Region region, int y);
 

@@ -48,6 +48,66 @@ assert properties["arguments"] == [{
     "isHasBattery": True, "powerSourceState": "Battery Power", "currentPercent": 70,
     "batteryHealth": "Good", "batteryMaxCapacity": 4000, "batteryCurrentCapacity": 2800,
     "batteryCycleCount": 213, "batteryAmperage": -583, "batteryVoltage": 12000,
-    "batteryWatt": -6.996, "timeSinceUnpluggedTranslated": "0:00"}], properties
+    "batteryWatt": -6.996, "timeSinceUnpluggedTranslated": "0:00", "unpluggedTimerCount": 0,
+    "sources": [{"operation": "batteryWithRemaining", "time": "4:00",
+                 "powerSourceState": "Battery Power", "currentPercent": 70,
+                 "batteryHealth": "Good"}]}], properties
 assert mouse[0]["arguments"] == [{"isHasBattery": False}], mouse
+END
+
+# Several batteries that differ, and what is told when they go.
+command -v umockdev-wrapper >/dev/null || skip "umockdev-wrapper is not installed"
+umockdev-wrapper python3 - "$HOST" <<'END' || fail "several batteries are not as they should be"
+import ctypes, json, subprocess, sys, threading, time
+
+umockdev = ctypes.CDLL("libumockdev.so.0")
+umockdev.umockdev_testbed_new.restype = ctypes.c_void_p
+bed = ctypes.c_void_p(umockdev.umockdev_testbed_new())
+def add(name, **attributes):
+    lines = [f"P: /devices/{name}", "E: SUBSYSTEM=power_supply"]
+    lines += [f"A: {key}={value}\\n" for key, value in attributes.items()]
+    text = "\n".join(lines) + "\n\n"
+    assert umockdev.umockdev_testbed_add_from_string(bed, text.encode(), None), text
+def battery(name, status, percent, made_for, cycles):
+    add(name, type="Battery", present=1, status=status, energy_now=percent * 400000,
+        energy_full=40000000, energy_full_design=made_for, voltage_now=12000000,
+        voltage_min_design=10000000, power_now=10000000, cycle_count=cycles)
+def remove(name):
+    path = f"/sys/devices/{name}".encode()
+    umockdev.umockdev_testbed_uevent(bed, path, b"remove")
+    umockdev.umockdev_testbed_remove_device(bed, path)
+    return time.monotonic()
+
+add("AC", type="Mains", online=1)
+battery("BAT0", "Charging", 40, 50000000, 213)
+battery("BAT1", "Full", 100, 60000000, 7)
+host = subprocess.Popen([sys.argv[1], "stream", "--monitors", "battery"], stdout=subprocess.PIPE,
+                        text=True)
+guard = threading.Timer(30, host.kill)
+guard.daemon = True
+guard.start()
+def next_properties():
+    while True:
+        line = host.stdout.readline()
+        assert line, "nothing more is told"
+        report = json.loads(line)
+        if report["operation"] == "updateCurrentStatus":
+            return report["arguments"][0]
+
+try:
+    both = next_properties()
+    assert [(each["operation"], each["currentPercent"], each["batteryHealth"])
+            for each in both["sources"]] == [("batteryChargingWithRemaining", 40, "Good"),
+                                             ("batteryCharged", 100, "Fair")], both
+    assert both["batteryCycleCount"] == 213, both  # the first one's
+    remove("BAT1")
+    one = next_properties()
+    assert [each["currentPercent"] for each in one["sources"]] == [40], one
+    moment = remove("BAT0")
+    none = next_properties()
+    assert none == {"isHasBattery": False}, none
+    assert time.monotonic() - moment < 10, "it was told too late"
+finally:
+    host.kill()
+    host.wait()
 END
