@@ -13,11 +13,13 @@ namespace vantile::host {
 
 /// One volume, in bytes.
 struct VolumeRow {
-  std::string name;
+  std::string name, path;
+  bool isNameRepeated = false;  ///< by another volume
   std::uint64_t total = 0, used = 0;
   /// What is known of the used ones; all 0 where nothing is.
   std::uint64_t movies = 0, apps = 0, audio = 0, photos = 0;
-  bool isSplit = false;  ///< these kinds leave a rest of the used ones
+  bool isSplit = false;    ///< these kinds leave a rest of the used ones
+  bool isCounted = false;  ///< the kinds are known
 };
 
 /// What the disk monitor told last.

@@ -78,8 +78,8 @@ std::string linkSpeed(std::uint64_t bitsPerSecond) {
   return std::to_string(megabits) + " Mbit/s";
 }
 
-/// "● Name  address  ↓ rate ↑ rate"; a narrow region goes without rates.
-void drawService(Region row, const ServiceRow& service) {
+/// "■ Name  address  ↓ rate ↑ rate"; a narrow region goes without rates.
+void drawService(Region row, const ServiceRow& service, bool withDevice) {
   row.put(0, 0, service.isActive ? U'■' : U'·', {service.isActive ? Colour::Green : Colour::Grey});
   int end = row.width();
   const auto drawRate = [&](const std::optional<double>& moved, const char* arrow, Colour ink) {
@@ -93,7 +93,9 @@ void drawService(Region row, const ServiceRow& service) {
   }
   const int room = std::max(end - 2, 0);
   const int nameWidth = std::min(room / 2, 24);
-  row.text(2, 0, clipped(service.name, nameWidth), service.isActive ? plain : faint);
+  const auto style = service.isActive ? plain : faint;
+  int x = 2 + row.text(2, 0, clipped(service.name, nameWidth), style);
+  if (withDevice) row.text(x, 0, clipped(" " + service.device, 2 + nameWidth - x), faint);
   row.text(2 + nameWidth + 1, 0,
            clipped(service.address.empty() ? "no address" : service.address,
                    std::max(room - nameWidth - 2, 0)),
@@ -163,15 +165,19 @@ void ServicesPane::draw(Region region, std::int32_t) const {
     region.text(0, 0, clipped("no network service", region.width()), faint);
     return;
   }
-  const bool withDetails = region.height() >= static_cast<int>(services.size()) * 2;
+  const int count = static_cast<int>(services.size());
+  // Where there is no room for all, the first one's: that is the primary service.
+  const int details = region.height() >= 2 * count ? count : region.height() > 1 ? 1 : 0;
+  const int room = region.height() - details;
+  const int shown = room >= count ? count : std::max(room - 1, 1);
   int y = 0;
-  for (const auto& service : services) {
-    if (y == region.height()) return;
-    drawService(region.row(y++), service);
-    // Where there is no room for all, the first one's: that is the primary service.
-    if (y == region.height() || (!withDetails && y > 1)) continue;
-    region.row(y++).text(2, 0, clipped(detailsOf(service), region.width() - 2), faint);
+  for (int at = 0; at < shown; ++at) {
+    const auto& service = services[static_cast<std::size_t>(at)];
+    drawService(region.row(y++), service, at >= details);
+    if (at < details)
+      region.row(y++).text(2, 0, clipped(detailsOf(service), region.width() - 2), faint);
   }
+  if (shown < count) drawMore(region.row(y), count - shown);
 }
 
 std::string ThroughputPane::note() const {

@@ -35,7 +35,7 @@ class HostDiskPane : public testing::Test {
   /// The colours of the bar's cells, in a pane of one volume with a bar of ten cells.
   std::vector<Colour> bar() {
     take();
-    Canvas canvas({48, 1});
+    Canvas canvas({50, 1});
     DiskPane(figures).draw(canvas.region(), 1);
     std::vector<Colour> colours;
     for (int x = 18; x < 28; ++x) {
@@ -63,11 +63,51 @@ TEST_F(HostDiskPane, ShowsALineAVolumeUnderALegend) {
   volume("System", 100ull << 30, 50ull << 30);
   volume("M\xC3\xBCll", 8ull << 20, 8ull << 20);
   take();
-  const auto rows = drawn(DiskPane(figures), {58, 3});
-  EXPECT_TRUE(rows[0].starts_with("■ movies  ■ apps  ■ audio  ■ photos  ■ other  ■ free"));
-  EXPECT_EQ(rows[1], "System            ██████████           50.0 GiB of 100 GiB");
-  EXPECT_EQ(rows[2], "Müll              ████████████████████8.00 MiB of 8.00 MiB");
-  EXPECT_EQ(DiskPane(figures).note(), "2");
+  const auto rows = drawn(DiskPane(figures), {60, 3});
+  EXPECT_TRUE(rows[0].starts_with("■ used  ■ free   "));
+  EXPECT_EQ(rows[1], "System            ██████████             50.0 GiB of 100 GiB");
+  EXPECT_EQ(rows[2], "Müll              ████████████████████  8.00 MiB of 8.00 MiB");
+  EXPECT_EQ(DiskPane(figures).note(), "2, 2 not counted yet");
+}
+
+TEST_F(HostDiskPane, TheLegendHasTheColoursThatTheBarsHave) {
+  split(*volume("System", 100, 80), 10, 20, 10, 10);
+  take();
+  const std::string of = "■ movies  ■ apps  ■ audio  ■ photos  ■ other  ";
+  EXPECT_TRUE(drawn(DiskPane(figures), {52, 2})[0].starts_with(of + "■ free"));
+  EXPECT_EQ(DiskPane(figures).note(), "1");
+  volume("Stick", 100, 50);
+  take();
+  EXPECT_TRUE(drawn(DiskPane(figures), {60, 3})[0].starts_with(of + "■ used  ■ free"));
+  EXPECT_EQ(drawn(DiskPane(figures), {52, 3})[0], of + "■ used");
+  EXPECT_EQ(DiskPane(figures).note(), "2, 1 not counted yet");
+}
+
+TEST_F(HostDiskPane, VolumesOfOneNameAreToldApartByTheirMountPoints) {
+  volume("Data", 100, 50)->set("disk_path", "/media/ada/Data");
+  volume("Data", 100, 50)->set("disk_path", "/media/ada/日本/Data1");
+  volume("System", 100, 50)->set("disk_path", "/");
+  take();
+  const auto narrow = drawn(DiskPane(figures), {52, 3});
+  EXPECT_TRUE(narrow[0].starts_with("Data …ia/ada/Data ███"));
+  EXPECT_TRUE(narrow[1].starts_with("Data …/日本/Data1 ███"));
+  EXPECT_TRUE(narrow[2].starts_with("System            ███"));
+  const auto wide = drawn(DiskPane(figures), {90, 3});
+  EXPECT_TRUE(wide[0].starts_with("Data /media/ada/Data        ███"));
+  EXPECT_TRUE(wide[1].starts_with("Data /media/ada/日本/Data1  ███"));
+}
+
+TEST_F(HostDiskPane, SaysHowManyHaveNoRoom) {
+  for (int i = 0; i < 12; ++i) volume("Volume " + std::to_string(i), 100, 50);
+  take();
+  const auto rows = drawn(DiskPane(figures), {60, 11});
+  EXPECT_TRUE(rows[0].starts_with("■ used"));
+  EXPECT_TRUE(rows[9].starts_with("Volume 8 "));
+  EXPECT_TRUE(rows[10].starts_with("and 3 more "));
+  const auto few = drawn(DiskPane(figures), {60, 3});
+  EXPECT_TRUE(few[0].starts_with("Volume 0 "));
+  EXPECT_TRUE(few[2].starts_with("and 10 more "));
+  EXPECT_TRUE(drawn(DiskPane(figures), {60, 1})[0].starts_with("Volume 0 "));
 }
 
 TEST_F(HostDiskPane, GoesWithoutALegendWhereThereIsNoRowForIt) {
@@ -84,9 +124,9 @@ TEST_F(HostDiskPane, ABarIsSplitByKindInTheLegendsOrder) {
                          Colour::Teal, Colour::Teal, Colour::Teal, Colour::Track, Colour::Track}));
 }
 
-TEST_F(HostDiskPane, WithoutKindsWhatIsUsedIsOther) {
+TEST_F(HostDiskPane, AVolumeThatIsNotCountedYetIsNotSplit) {
   volume("System", 100, 20);
-  EXPECT_EQ(bar()[1], Colour::Teal);
+  EXPECT_EQ(bar()[1], Colour::Grey);
   EXPECT_EQ(bar()[2], Colour::Track);
 }
 
@@ -94,8 +134,9 @@ TEST_F(HostDiskPane, KindsThatLeaveNoRestDoNotSplitTheBar) {
   auto made = volume("System", 100, 20);
   split(*made, 90, 90, 0, 0);
   made->set("has_accumulated_sizes", false);
-  EXPECT_EQ(bar()[0], Colour::Teal);
+  EXPECT_EQ(bar()[0], Colour::Grey);
   EXPECT_EQ(bar()[2], Colour::Track);
+  EXPECT_EQ(DiskPane(figures).note(), "1");
 }
 
 TEST_F(HostDiskPane, AVolumeOfNoSizeHasAnEmptyBar) {
@@ -115,11 +156,11 @@ TEST_F(HostDiskPane, NamesAreSafeToPrint) {
   EXPECT_TRUE(drawn(DiskPane(figures), {58, 1})[0].starts_with("a\uFFFD\uFFFD "));
 }
 
-TEST_F(HostDiskPane, AsksForARowAVolumeAndOneForTheLegend) {
+TEST_F(HostDiskPane, AsksForARowAVolumeUpToTenAndOneForTheLegend) {
   EXPECT_EQ(DiskPane(figures).rows().wanted, 2);
   for (int i = 0; i < 20; ++i) volume("System", 100, 50);
   take();
-  EXPECT_EQ(DiskPane(figures).rows().wanted, 10);
+  EXPECT_EQ(DiskPane(figures).rows().wanted, 11);
   volumes->resize(3, Value(0));
   take();
   EXPECT_EQ(DiskPane(figures).rows().wanted, 4);

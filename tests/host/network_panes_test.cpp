@@ -84,6 +84,18 @@ TEST_F(HostNetworkPanes, WithFewerRowsOnlyTheFirstHasItsSecond) {
   EXPECT_TRUE(contains({rows(list, {40, 3})[2]}, "Tunnel"));
 }
 
+TEST_F(HostNetworkPanes, SaysHowManyHaveNoRoom) {
+  for (int i = 0; i < 4; ++i) service("Ethernet", "veth" + std::to_string(i));
+  take();
+  auto drawnRows = rows(list, {60, 4});
+  EXPECT_TRUE(contains({drawnRows[1]}, "  veth0"));
+  EXPECT_TRUE(drawnRows[2].starts_with("· Ethernet veth1 "));
+  EXPECT_EQ(drawnRows[3], "and 2 more");
+  drawnRows = rows(list, {60, 5});
+  EXPECT_TRUE(drawnRows[4].starts_with("· Ethernet veth3 "));
+  EXPECT_TRUE(rows(list, {60, 1})[0].starts_with("· Ethernet veth0 "));
+}
+
 TEST_F(HostNetworkPanes, APppServiceIsKnownByItsPppInterface) {
   service("Modem", "modem")->set("device_ppp_name", "ppp0");
   take();
