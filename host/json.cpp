@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <variant>
 
+#include "text.h"
+
 namespace vantile::host {
 namespace {
 
@@ -61,8 +63,21 @@ Json toJson(const Value& value) {
   return std::visit(Converter{}, value.held());
 }
 
+/// Also what JSON lets stand and a terminal would obey is escaped. It can only be within a text.
 std::string dump(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  const auto plain = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string text;
+  text.reserve(plain.size());
+  for (const auto character : decodeUtf8(plain)) {
+    if (isControl(character)) {
+      std::array<char, 8> escaped;
+      std::snprintf(escaped.data(), escaped.size(), "\\u%04x", static_cast<unsigned>(character));
+      text += escaped.data();
+    } else {
+      appendUtf8(text, character);
+    }
+  }
+  return text;
 }
 
 }  // namespace

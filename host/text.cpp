@@ -20,6 +20,19 @@ bool within(std::initializer_list<Range> ranges, char32_t character) {
       ranges, [&](Range range) { return character >= range.first && character <= range.last; });
 }
 
+/// Of the symbols among narrow ones, those that terminals draw as pictures.
+bool isWideSymbol(char32_t character) {
+  return within(
+      {{0x231A, 0x231B}, {0x23E9, 0x23EC}, {0x23F0, 0x23F0}, {0x23F3, 0x23F3}, {0x25FD, 0x25FE},
+       {0x2614, 0x2615}, {0x2648, 0x2653}, {0x267F, 0x267F}, {0x2693, 0x2693}, {0x26A1, 0x26A1},
+       {0x26AA, 0x26AB}, {0x26BD, 0x26BE}, {0x26C4, 0x26C5}, {0x26CE, 0x26CE}, {0x26D4, 0x26D4},
+       {0x26EA, 0x26EA}, {0x26F2, 0x26F3}, {0x26F5, 0x26F5}, {0x26FA, 0x26FA}, {0x26FD, 0x26FD},
+       {0x2705, 0x2705}, {0x270A, 0x270B}, {0x2728, 0x2728}, {0x274C, 0x274C}, {0x274E, 0x274E},
+       {0x2753, 0x2755}, {0x2757, 0x2757}, {0x2795, 0x2797}, {0x27B0, 0x27B0}, {0x27BF, 0x27BF},
+       {0x2B1B, 0x2B1C}, {0x2B50, 0x2B50}, {0x2B55, 0x2B55}},
+      character);
+}
+
 std::string threeDigits(double number) {
   // The borders are where rounding would add a digit.
   if (number < 9.995) return formatFixed(number, 2);
@@ -141,13 +154,14 @@ void appendUtf8(std::string& text, char32_t character) {
   }
 }
 
+bool isControl(char32_t character) {
+  return within({{0, 0x1F}, {0x7F, 0x9F}, {0x2028, 0x202E}, {0x2066, 0x2069}}, character);
+}
+
 std::string printable(std::string_view text) {
   std::string line;
-  for (const auto character : decodeUtf8(text)) {
-    const bool control =
-        within({{0, 0x1F}, {0x7F, 0x9F}, {0x2028, 0x202E}, {0x2066, 0x2069}}, character);
-    appendUtf8(line, control ? replacement : character);
-  }
+  for (const auto character : decodeUtf8(text))
+    appendUtf8(line, isControl(character) ? replacement : character);
   return line;
 }
 
@@ -156,10 +170,14 @@ int cellsOf(char32_t character) {
   if (within({{0, 0x1F},
               {0x7F, 0x9F},
               {0x300, 0x36F},
+              {0x61C, 0x61C},
               {0x200B, 0x200F},
+              {0x2060, 0x2064},
               {0x20D0, 0x20FF},
               {0xFE00, 0xFE0F},
-              {0xFE20, 0xFE2F}},
+              {0xFE20, 0xFE2F},
+              {0xFEFF, 0xFEFF},
+              {0xE0000, 0xE0FFF}},
              character)) {
     return 0;
   }
@@ -176,7 +194,7 @@ int cellsOf(char32_t character) {
                             {0x1FA70, 0x1FAFF},
                             {0x20000, 0x3FFFD}},
                            character);
-  return wide ? 2 : 1;
+  return wide || isWideSymbol(character) ? 2 : 1;
 }
 
 int cellsOf(std::string_view text) {

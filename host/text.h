@@ -27,6 +27,10 @@ std::string formatClock(std::time_t moment);
 std::u32string decodeUtf8(std::string_view text);
 void appendUtf8(std::string& text, char32_t character);
 
+/// Whether a terminal would obey it rather than show it: controls, and what turns the direction or
+/// ends the line.
+bool isControl(char32_t character);
+
 /// The text as one line of UTF-8 that is safe to print: control characters and bytes that are not
 /// UTF-8 become U+FFFD.
 std::string printable(std::string_view text);

@@ -39,6 +39,12 @@ TEST(HostJson, BytesThatAreNotUtf8AreReplaced) {
 
 TEST(HostJson, ControlCharactersAreEscaped) {
   EXPECT_EQ(jsonText("a\nb\"c"), R"("a\nb\"c")");
+  EXPECT_EQ(jsonText("\x1b[2J"), R"("\u001b[2J")");
+}
+
+TEST(HostJson, WhatATerminalWouldObeyIsEscapedToo) {
+  EXPECT_EQ(jsonText("\x7f\u009b2J\u202eback"), R"("\u007f\u009b2J\u202eback")");
+  EXPECT_EQ(jsonText("é日😀"), "\"é日😀\"");
 }
 
 TEST(HostJson, DatesAreIsoTextInUtc) {

@@ -98,6 +98,9 @@ TEST(HostText, WideCharactersTakeTwoCellsAndCombiningOnesNone) {
   EXPECT_EQ(cellsOf("😀🚀🪐"), 6);
   EXPECT_EQ(cellsOf("e\u0301"), 1);
   EXPECT_EQ(cellsOf("■ 75 %"), 6);
+  EXPECT_EQ(cellsOf("⌚\uFE0F✅"), 4);
+  EXPECT_EQ(cellsOf("✓⌘"), 2);
+  EXPECT_EQ(cellsOf("a\uFEFF\u2060\U000E0041"), 1);
 }
 
 }  // namespace
