@@ -14,7 +14,9 @@ std::unique_ptr<RunningMonitor> startDisk(const Sampling& sampling, ReportSink s
 /// The volumes and what fills them.
 PaneGroup diskPanes();
 
-/// The volumes at this moment, by a monitor that samples once.
+/// The volumes at this moment, by a monitor of its own. What fills them was counted before, or is
+/// not known: the library reads what it has kept on a thread, which is waited for a quarter of a
+/// second at most.
 Array volumesNow();
 
 }  // namespace vantile::host

@@ -3,11 +3,13 @@
 #include <vantile/disk/disk_keys.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "json.h"
@@ -81,13 +83,32 @@ Property volumeLine(const Dictionary& volume) {
               size(keys::disk_totalsize) + " used"};
 }
 
+/// "movies 1.00 GiB, apps 20.0 GiB, ...", of the kinds that the volume's dictionary has.
+Property kindsLine(const Dictionary& volume) {
+  constexpr std::array<std::pair<Key, std::string_view>, 5> kinds = {{{keys::disk_movies, "movies"},
+                                                                      {keys::disk_apps, "apps"},
+                                                                      {keys::disk_audio, "audio"},
+                                                                      {keys::disk_photos, "photos"},
+                                                                      {keys::disk_other, "other"}}};
+  std::string shown;
+  for (const auto& [key, name] : kinds) {
+    const auto bytes = volume.uint64(key);
+    if (!bytes) continue;
+    if (!shown.empty()) shown += ", ";
+    shown.append(name).append(" ").append(formatBytes(*bytes));
+  }
+  return {"volumes", "  used for", std::nullopt, shown.empty() ? "not counted yet" : shown};
+}
+
 }  // namespace
 
 std::string systemTable(const KVDSystemInfo& info, const Array& volumes) {
   auto properties = propertiesOf(info);
   for (const auto& volume : volumes) {
     const auto* const held = volume.as<std::shared_ptr<Dictionary>>();
-    if (held && *held) properties.push_back(volumeLine(**held));
+    if (!held || !*held) continue;
+    properties.push_back(volumeLine(**held));
+    properties.push_back(kindsLine(**held));
   }
   std::size_t widest = 0;
   for (const auto& property : properties) widest = std::max(widest, property.label.size());

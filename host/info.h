@@ -8,8 +8,8 @@
 namespace vantile::host {
 
 /// What the machine is, and its volumes, as KVDDisk tells of them: a table of labels and values,
-/// "-" for nil, a line a volume, or one JSON object under the properties' names, null for nil, and
-/// "volumes". Both end in a newline.
+/// "-" for nil, two lines a volume, or one JSON object under the properties' names, null for nil,
+/// and "volumes". Both end in a newline.
 std::string systemTable(const KVDSystemInfo& info, const Array& volumes);
 std::string systemJson(const KVDSystemInfo& info, const Array& volumes);
 

@@ -95,7 +95,8 @@ constexpr const char* cleanExamples =
 constexpr const char* infoSummary =
     "Prints what this machine is: its names, its user, system and version, memory, serial number,\n"
     "model and processor. What the system does not tell is '-'; serial number and UUID it often\n"
-    "tells root alone.\n";
+    "tells root alone. Then the mounted volumes, how full they are and, once the dashboard or\n"
+    "'stream' has counted it, with what.\n";
 
 constexpr const char* infoExamples =
     "Examples:\n"

@@ -114,13 +114,28 @@ std::shared_ptr<Dictionary> stick() {
   return volume;
 }
 
-TEST(HostInfo, TheTableEndsWithALineAVolume) {
+TEST(HostInfo, TheTableEndsWithTheVolumes) {
   EXPECT_TRUE(systemTable(*nothingTold(), {stick(), stick()})
                   .ends_with("processor cores:    -\n"
                              "volume:             Stick at /media/a\uFFFDb (vfat of /dev/sdb1): "
                              "1.00 GiB of 4.00 GiB used\n"
+                             "  used for:         not counted yet\n"
                              "volume:             Stick at /media/a\uFFFDb (vfat of /dev/sdb1): "
-                             "1.00 GiB of 4.00 GiB used\n"));
+                             "1.00 GiB of 4.00 GiB used\n"
+                             "  used for:         not counted yet\n"));
+}
+
+TEST(HostInfo, TheTableTellsWhatAVolumeIsUsedFor) {
+  const auto volume = stick();
+  volume->set("disk_movies", std::uint64_t{512} << 20);
+  volume->set("disk_apps", std::uint64_t{0});
+  volume->set("disk_audio", std::uint64_t{4096});
+  volume->set("disk_photos", std::uint64_t{0});
+  EXPECT_TRUE(systemTable(*nothingTold(), {volume})
+                  .ends_with("  used for:         movies 512 MiB, apps 0 B, audio 4.00 KiB, "
+                             "photos 0 B\n"));
+  volume->set("disk_other", std::uint64_t{256} << 20);
+  EXPECT_TRUE(systemTable(*nothingTold(), {volume}).ends_with(", photos 0 B, other 256 MiB\n"));
 }
 
 TEST(HostInfo, JsonHasTheVolumesAsTheyAreTold) {
