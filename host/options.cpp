@@ -225,8 +225,8 @@ class Grammar {
 
     raw.monitors = joined(known.sampled, ",");
     option(stream, "--monitors", raw.monitors, "LIST",
-           "Separated by commas, of:\n" + joined(namesOf(known), ", ") +
-               ".\nThose that take samples when none is named");
+           "Separated by commas, of:\n" + joined(known.sampled, ", ") + ",\n" +
+               joined(known.watchers, ", ") + ".\nThose that take samples when none is named");
     option(stream, "--interval", raw.interval, "SECONDS",
            "Between two samples, 1 to 86400; 1 when not given");
     option(stream, "--count", raw.count, "N",

@@ -57,6 +57,7 @@ int Stream::run() {
     if (isDone()) loop_.end(0);
   });
   if (!start()) return 1;
+  if (isDone()) loop_.end(0);  // where all reported at once, nothing may ever happen again
   return loop_.run();
 }
 

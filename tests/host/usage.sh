@@ -29,6 +29,10 @@ refuses "option '--count' needs a value (see vantile-host stream --help)" stream
 "$HOST" stream --monitors "$(printf 'a\nb')" 2>"$WORK/err"
 check "a line break in an argument stays out of the message" [ "$(wc -l <"$WORK/err")" -eq 1 ]
 
+for command in "" stream watch clean info; do
+  "$HOST" $command --help >"$WORK/out" || fail "$command --help ended with $?"
+  check "$command --help fits into 100 columns" [ -z "$(grep '.\{101\}' "$WORK/out")" ]
+done
 "$HOST" --help >"$WORK/out" || fail "--help ended with $?"
 check "--help has examples" grep -q '^Examples:' "$WORK/out"
 "$HOST" --version | grep -Eq '^vantile-host [0-9]+\.[0-9]+\.[0-9]+$' || fail "--version"

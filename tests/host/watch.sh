@@ -101,6 +101,11 @@ finish_download(watch, b"book.pdf")
 watch.expect("downloads", "downloadFileCompleted", f"{downloads}/book.pdf")
 watch.check_end(None, 0)
 
+# What is told at the start may be all that was asked for.
+watch = Watch("stream", "--monitors", "trash", "--count", "1")
+watch.expect("trash", "trashUsedSizeChanged", size)
+watch.check_end(None, 0)
+
 # In a stream each monitor counts for itself, also where one reports before the next is started.
 watch = Watch("stream", "--monitors", "trash,memory", "--count", "1")
 watch.expect("trash", "trashUsedSizeChanged", size)
