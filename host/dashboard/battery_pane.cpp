@@ -181,7 +181,9 @@ PaneRows BatteryPane::rows() const {
   const auto count = figures_->sources().size();
   if (count == 0) return {1, 1, false};
   const auto wanted = count == 1 ? 3 : 2 * count + linesOfAll(*figures_).size();
-  return {1, static_cast<int>(std::min<std::size_t>(wanted, 20)), false};
+  // Several go without their states before they go without a bar.
+  return {static_cast<int>(std::clamp<std::size_t>(count, 3, 6)),
+          static_cast<int>(std::min<std::size_t>(wanted, 20)), false};
 }
 
 void BatteryPane::draw(Region region, std::int32_t) const {

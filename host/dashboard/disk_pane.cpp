@@ -18,7 +18,7 @@ constexpr Style faint{Colour::Grey};
 constexpr int leastName = 18;
 constexpr int figuresWidth = 22;  // "98.3 GiB of 98.3 GiB" and a gap
 constexpr int leastBar = 6;
-constexpr int mostVolumes = 10;
+constexpr int leastVolumes = 4, mostVolumes = 10;
 
 /// What a bar shows, one after the other; the ground behind them is what is free.
 struct Kind {
@@ -152,7 +152,7 @@ std::string DiskPane::note() const {
 
 PaneRows DiskPane::rows() const {
   const int count = static_cast<int>(std::min<std::size_t>(figures_->rows().size(), mostVolumes));
-  return {1, std::max(count, 1) + 1, false};
+  return {std::clamp(count, 1, leastVolumes), std::max(count, 1) + 1, false};
 }
 
 void DiskPane::draw(Region region, std::int32_t) const {

@@ -16,7 +16,7 @@ constexpr Style faint{Colour::Grey};
 constexpr Colour receivedColour = Colour::Teal, sentColour = Colour::Orange;
 
 constexpr int rateWidth = 12;  // "↓ 999 MiB/s"
-constexpr int mostServices = 6;
+constexpr int mostServices = 6, leastRows = 4;
 
 std::string textIn(const Dictionary& service, Key key) {
   const auto* const text = service.text(key);
@@ -155,7 +155,8 @@ std::string ServicesPane::note() const {
 
 PaneRows ServicesPane::rows() const {
   const auto count = std::min<std::size_t>(figures_->rows().size(), mostServices);
-  return {1, std::max(static_cast<int>(count) * 2, 1), false};
+  const int wanted = std::max(static_cast<int>(count) * 2, 1);
+  return {std::min(wanted, leastRows), wanted, false};
 }
 
 void ServicesPane::draw(Region region, std::int32_t) const {

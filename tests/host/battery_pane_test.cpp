@@ -87,6 +87,7 @@ TEST_F(HostBatteryPane, ShowsTheChargeAsABar) {
   EXPECT_EQ(rows({26, 3})[0], "██████████──────────  50 %");
   EXPECT_EQ(pane.note(), "50 %");
   EXPECT_EQ(pane.rows().wanted, 3);
+  EXPECT_EQ(pane.rows().minimum, 3);
 }
 
 TEST_F(HostBatteryPane, ShowsTheTimeLeft) {
@@ -169,6 +170,7 @@ TEST_F(HostBatteryPane, OfSeveralEachHasItsOwnChargeStateAndHealth) {
   full->set("batteryHealth", "Fair");
   tellProperties(holding({source(40, "batteryChargingWithRemaining", "0:45"), full}));
   EXPECT_EQ(pane.rows().wanted, 5);
+  EXPECT_EQ(pane.rows().minimum, 3);
   EXPECT_EQ(pane.note(), "40 %, 100 %");
   EXPECT_EQ(rows({28, 5})[0], "1 ████████────────────  40 %");
   EXPECT_EQ(rows({60, 5})[1], "  charging, 0:45 to full   health Good");

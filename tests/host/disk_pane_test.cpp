@@ -97,6 +97,16 @@ TEST_F(HostDiskPane, VolumesOfOneNameAreToldApartByTheirMountPoints) {
   EXPECT_TRUE(wide[1].starts_with("Data /media/ada/日本/Data1  ███"));
 }
 
+TEST_F(HostDiskPane, AnySizeCanBeDrawn) {
+  volume("日本", 100, 50)->set("disk_path", "/mnt/日本");
+  volume("日本", 100, 50)->set("disk_path", "/a");
+  split(*volume("", 100, 80), 10, 20, 10, 10);
+  take();
+  for (int width = 0; width < 70; ++width)
+    for (int height = 0; height < 6; ++height)
+      EXPECT_NO_FATAL_FAILURE(drawn(DiskPane(figures), {width, height}));
+}
+
 TEST_F(HostDiskPane, SaysHowManyHaveNoRoom) {
   for (int i = 0; i < 12; ++i) volume("Volume " + std::to_string(i), 100, 50);
   take();
@@ -158,9 +168,11 @@ TEST_F(HostDiskPane, NamesAreSafeToPrint) {
 
 TEST_F(HostDiskPane, AsksForARowAVolumeUpToTenAndOneForTheLegend) {
   EXPECT_EQ(DiskPane(figures).rows().wanted, 2);
+  EXPECT_EQ(DiskPane(figures).rows().minimum, 1);
   for (int i = 0; i < 20; ++i) volume("System", 100, 50);
   take();
   EXPECT_EQ(DiskPane(figures).rows().wanted, 11);
+  EXPECT_EQ(DiskPane(figures).rows().minimum, 4);
   volumes->resize(3, Value(0));
   take();
   EXPECT_EQ(DiskPane(figures).rows().wanted, 4);

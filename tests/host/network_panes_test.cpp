@@ -87,6 +87,7 @@ TEST_F(HostNetworkPanes, WithFewerRowsOnlyTheFirstHasItsSecond) {
 TEST_F(HostNetworkPanes, SaysHowManyHaveNoRoom) {
   for (int i = 0; i < 4; ++i) service("Ethernet", "veth" + std::to_string(i));
   take();
+  EXPECT_EQ(list.rows().minimum, 4);
   auto drawnRows = rows(list, {60, 4});
   EXPECT_TRUE(contains({drawnRows[1]}, "  veth0"));
   EXPECT_TRUE(drawnRows[2].starts_with("· Ethernet veth1 "));
