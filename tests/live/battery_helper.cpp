@@ -261,14 +261,16 @@ void burst() {
 void letGo() {
   Supplies supplies;
   supplies.add("BAT0", energyBattery("Discharging", 50, "10000000"));
+  const auto delegate = std::make_shared<BatteryDelegate>();
+  delegate->batteryWithRemaining = [](const std::string&) { std::printf("told\n"); };
   for (const bool goes : {false, true}) {
-    auto subscription =
-        systemPowerSources()->subscribe([](void*) { std::printf("told\n"); }, nullptr);
+    auto info = KVDBatteryInfo::init();
+    info->setDelegate(delegate);
     supplies.event("BAT0");
     std::this_thread::sleep_for(20ms);
     RunLoop::current().dispatch();
     std::this_thread::sleep_for(150ms);  // by now the loop would have told
-    if (goes) std::thread([&subscription] { subscription.reset(); }).join();
+    if (goes) std::thread([&info] { info.reset(); }).join();
     const auto enough = RunLoop::current().after(300ms, [] { RunLoop::current().stop(); });
     RunLoop::current().run();
   }

@@ -98,7 +98,7 @@ one more: remaining 2:30
 )");
 }
 
-TEST_F(LiveBattery, ASubscriptionThatGoesOnAnotherThreadTellsNothing) {
+TEST_F(LiveBattery, OneThatAnotherThreadLetsGoOfIsToldNothing) {
   EXPECT_EQ(told("let go"), "told\n");  // the one that stayed
 }
 

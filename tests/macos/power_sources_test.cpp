@@ -3,7 +3,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
-#include <thread>
 
 #include "seam.h"
 
@@ -84,15 +83,6 @@ TEST_F(PowerSourcesSeam, ASubscriptionThatWentTellsNothing) {
   auto subscription = sources->subscribe(count, &calls);
   fakes::changePowerSources();
   subscription.reset();
-  runOnce();
-  EXPECT_EQ(calls, 0);
-  EXPECT_EQ(fakes::live().sources, 0);
-}
-
-TEST_F(PowerSourcesSeam, ASubscriptionMayGoOnAnotherThread) {
-  auto subscription = sources->subscribe(count, &calls);
-  fakes::changePowerSources();
-  std::thread([&subscription] { subscription.reset(); }).join();
   runOnce();
   EXPECT_EQ(calls, 0);
   EXPECT_EQ(fakes::live().sources, 0);

@@ -31,8 +31,8 @@ class PowerSources {
   virtual std::vector<std::shared_ptr<const Dictionary>> descriptions() = 0;
 
   /// Calls `changed` with `context` on the calling thread's run loop when something changed, until
-  /// the subscription goes; null where the system refuses. It may go on any thread, also inside
-  /// such a call; on another one than the loop's, a call that is under way runs to its end.
+  /// the subscription goes; null where the system refuses. It ends on that thread, also inside such
+  /// a call, or once the thread is gone.
   /// macOS: IOPSNotificationCreateRunLoopSource, in the loop's default mode. Linux: change events
   /// of power supplies from udev, or from the kernel where udevd does not run; a burst is told
   /// once.

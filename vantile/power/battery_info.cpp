@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "vantile/foundation/ending_on_loop.h"
 #include "vantile/foundation/guard.h"
 #include "vantile/power/power_ports.h"
 #include "vantile/power/time_text.h"
@@ -65,8 +66,8 @@ std::string percentText(std::int64_t percent) {
   return std::to_string(percent) + "%";
 }
 
-/// The objects that live, by their addresses. A change may come while another thread lets go of the
-/// last reference to the object that it is for.
+/// The objects that live, by their addresses. A change may come for one that another thread let go
+/// of, until the loop ends its subscription.
 class Living {
  public:
   void add(const std::shared_ptr<KVDBatteryInfo>& info) {
@@ -124,8 +125,9 @@ std::shared_ptr<KVDBatteryInfo> KVDBatteryInfo::init() {
 }
 
 void KVDBatteryInfo::follow() {
-  guarded("following the power sources",
-          [this] { following_ = ports_->sources->subscribe(PowerSourceChanged, this); });
+  guarded("following the power sources", [this] {
+    following_ = endingOnLoop(ports_->sources->subscribe(PowerSourceChanged, this));
+  });
 }
 
 void KVDBatteryInfo::updateStatus() {

@@ -44,10 +44,10 @@ struct BatteryDelegate {
 ///
 /// Everything runs on the thread that made it, which is meant to be the main thread: the system's
 /// changes come on its run loop, the setters are not synchronised. The last reference to it may go
-/// on any thread. What the system does not tell is
-/// nil, or 0 where a property is a plain number. Several batteries are several power sources: each
-/// is told of, the properties are those of the last one, and of the first one where they come from
-/// the electrical readings.
+/// on any thread. What the system does not tell is nil, or 0 where a property is a plain number.
+/// Several batteries are several power sources: each is told of, the properties are those of the
+/// last one, and of the first one where they come from the electrical readings. Where there are
+/// none any more, what the last one told of itself stays.
 ///
 /// macOS: IOKit's power sources. Linux: the batteries and chargers below /sys/class/power_supply
 /// that are the machine's own, and their change events.
@@ -215,7 +215,7 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
   /// Every timer that runs. One that is no longer `_unpluggedTimer` counts on: only that one is
   /// ever stopped.
   std::vector<std::shared_ptr<Timer>> runningTimers_;
-  std::unique_ptr<PowerSourceSubscription> following_;
+  std::shared_ptr<PowerSourceSubscription> following_;
 };
 
 }  // namespace vantile

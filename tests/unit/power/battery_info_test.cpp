@@ -96,13 +96,21 @@ TEST_F(BatteryInfo, ACallWithoutAContextDoesNothing) {
 
 TEST_F(BatteryInfo, ACallForOneThatIsGoneDoesNothing) {
   void* const gone = info.get();
-  std::thread([this] { info.reset(); }).join();
-  EXPECT_TRUE(ports.sources->subscribers.empty());
+  info.reset();
   PowerSourceChanged(gone);
   EXPECT_EQ(ports.sources->reads, 0);
   info = KVDBatteryInfo::init();
   PowerSourceChanged(info.get());
   EXPECT_EQ(ports.sources->reads, 1);
+}
+
+TEST_F(BatteryInfo, LetGoOfOnAnotherThreadItHearsNothingAndItsSubscriptionEndsOnTheLoop) {
+  std::thread([this] { info.reset(); }).join();
+  ports.sources->tellChange();
+  EXPECT_EQ(ports.sources->reads, 0);
+  EXPECT_EQ(ports.sources->subscribers.size(), 1u);
+  loop.settle();
+  EXPECT_TRUE(ports.sources->subscribers.empty());
 }
 
 // Nothing is thrown to the host.

@@ -3,7 +3,6 @@
 #include <libudev.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <utility>
@@ -43,15 +42,17 @@ Monitor openMonitor(const LinuxRoots& roots) {
   return monitor;
 }
 
-/// What a subscription watches. It may go on another thread while the loop's is at work on it.
-class Watched : public std::enable_shared_from_this<Watched> {
+class Subscription final : public PowerSourceSubscription {
  public:
-  Watched(Monitor monitor, void (*changed)(void*), void* context)
-      : monitor_(std::move(monitor)), changed_(changed), context_(context) {}
+  Subscription(Monitor monitor, void (*changed)(void*), void* context)
+      : monitor_(std::move(monitor)),
+        changed_(changed),
+        context_(context),
+        source_(::udev_monitor_get_fd(monitor_.get()), [this] { onEvents(); }) {}
 
-  int descriptor() const { return ::udev_monitor_get_fd(monitor_.get()); }
-  /// Any thread.
-  void end() { wanted_ = false; }
+ private:
+  using Device = std::unique_ptr<udev_device, Unref>;
+
   void onEvents() {
     // A whole burst is one change, told when its first event is so old.
     bool any = false;
@@ -63,35 +64,18 @@ class Watched : public std::enable_shared_from_this<Watched> {
       any = true;
     }
     if (!any || told_.isValid()) return;
-    told_ = RunLoop::current().after(burst, [weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->tell();
-    });
+    told_ = RunLoop::current().after(burst, [this] { tell(); });
   }
-
- private:
-  using Device = std::unique_ptr<udev_device, Unref>;
-
-  void tell() const {
-    if (wanted_) changed_(context_);
+  void tell() {
+    const auto changed = changed_;  // the call may end this
+    auto* const context = context_;
+    changed(context);
   }
 
   const Monitor monitor_;
   void (*const changed_)(void*);
   void* const context_;
-  std::atomic<bool> wanted_ = true;
   Timer told_;
-};
-
-class Subscription final : public PowerSourceSubscription {
- public:
-  explicit Subscription(const std::shared_ptr<Watched>& watched)
-      : watched_(watched), source_(watched->descriptor(), [watched] { watched->onEvents(); }) {}
-  ~Subscription() override { watched_->end(); }
-  Subscription(const Subscription&) = delete;
-  Subscription& operator=(const Subscription&) = delete;
-
- private:
-  const std::shared_ptr<Watched> watched_;
   const DescriptorSource source_;
 };
 
@@ -113,8 +97,7 @@ std::unique_ptr<PowerSourceSubscription> LinuxPowerSources::subscribe(void (*cha
     logLine("changes of the power supplies can't be watched");
     return nullptr;
   }
-  return std::make_unique<Subscription>(
-      std::make_shared<Watched>(std::move(monitor), changed, context));
+  return std::make_unique<Subscription>(std::move(monitor), changed, context);
 }
 
 std::shared_ptr<PowerSources> systemPowerSources() {

@@ -71,14 +71,14 @@ class LocalConnection final : public PppConnection {
   }
 
  private:
-  /// Waits until the socket can be used or closed; false when the time is up.
+  /// Waits until the socket can be used or closed; false when the time is up, or can't be waited.
   bool ready(short direction, Clock::time_point until) const {
     pollfd entry = {.fd = socket_.get(), .events = direction, .revents = 0};
     for (;;) {
       const int left = patience(until);
       const int count = left > 0 ? ::poll(&entry, 1, left) : 0;
-      if (count > 0 || (count < 0 && errno != EINTR)) return true;  // the next call tells
-      if (left == 0) return false;
+      if (count > 0) return true;  // the next call tells
+      if (left == 0 || (count < 0 && errno != EINTR)) return false;
     }
   }
 
