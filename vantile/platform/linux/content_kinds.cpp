@@ -11,14 +11,14 @@ namespace {
 
 constexpr std::size_t mostKnown = 4096;  // names may have any extension
 
-std::optional<UsageKind> kindOfName(const std::string& name) {
+}  // namespace
+
+std::optional<UsageKind> kindByDatabase(const std::string& name) {
   if (isAppImage(name)) return UsageKind::applications;
   const GlibText type(g_content_type_guess(name.c_str(), nullptr, 0, nullptr));
   const GlibText mime(type ? g_content_type_get_mime_type(type.get()) : nullptr);
   return mime ? kindOfType(mime.get()) : std::nullopt;
 }
-
-}  // namespace
 
 std::optional<UsageKind> ContentKinds::of(std::string_view name) {
   const auto key = typeKeyOf(name);
@@ -26,7 +26,7 @@ std::optional<UsageKind> ContentKinds::of(std::string_view name) {
   if (const auto found = known_.find(*key); found != known_.end()) return found->second;
   if (known_.size() >= mostKnown) known_.clear();
   std::string asked(*key);
-  const auto kind = kindOfName(asked.starts_with('.') ? "x" + asked : asked);
+  const auto kind = look_(asked.starts_with('.') ? "x" + asked : asked);
   known_.emplace(std::move(asked), kind);
   return kind;
 }
