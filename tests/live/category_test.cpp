@@ -13,26 +13,25 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <thread>
 
 #include "vantile/platform/linux/category_sizes.h"
 
+#include "live/category_fixture.h"
 #include "live/command.h"
-#include "live/real_disk.h"
-#include "live/sanitized.h"
 
 namespace vantile {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::buildFolder;
 using testing::quoted;
 using testing::run;
-using testing::TemporaryFolder;
 
-const std::function<bool()> never = [] { return false; };
+using LiveCategories = testing::CountedTree;
 
 /// What the MIME database makes of a whole name.
 std::optional<UsageKind> kindOfWholeName(const std::string& name) {
@@ -61,47 +60,6 @@ UsageSums countedByFind(const std::string& folder, bool allInstalled = false) {
     sums[static_cast<std::size_t>(file.second)] += file.first * 512;
   return sums;
 }
-
-std::size_t residentKib(const char* which) {
-  std::ifstream status("/proc/self/status");
-  std::string word;
-  std::size_t size = 0;
-  while (status >> word)
-    if (word == which) status >> size;
-  return size;
-}
-
-struct LiveCategories : ::testing::Test {
-  UsageAccounting::Means means(std::vector<std::string> installed = {}) const {
-    UsageAccounting::Means made;
-    made.cacheFolder = caches.path("vantile");
-    made.installed = std::move(installed);
-    made.pace.leastRest = 1ms;
-    made.pace.period = 1ms;
-    made.pace.restFactor = 0;
-    return made;
-  }
-  /// Counts the volume once.
-  UsageSums counted(const std::string& mountPoint, std::vector<std::string> installed = {}) {
-    UsageAccounting accounting(means(std::move(installed)));
-    accounting.want({mountPoint});
-    while (accounting.figures().empty()) accounting.turn(never);
-    return accounting.figures().at(mountPoint);
-  }
-  /// One further pass over the one volume; folders that it listed.
-  std::size_t refreshed(UsageAccounting& accounting) {
-    std::this_thread::sleep_for(2ms);
-    const auto before = accounting.listed();
-    for (auto rest = accounting.turn(never); rest == 0ns; rest = accounting.turn(never)) {
-    }
-    return accounting.listed() - before;
-  }
-  void write(const std::string& name, std::size_t bytes) const {
-    tree.file(name, std::string(bytes, 'x'));
-  }
-
-  const TemporaryFolder tree{buildFolder()}, caches{buildFolder()};
-};
 
 TEST_F(LiveCategories, APreparedTreeIsCountedExactly) {
   const char* const endings[] = {
@@ -135,16 +93,16 @@ TEST_F(LiveCategories, AnInterruptedPassIsTakenUpAndComesToTheSame) {
   std::size_t listed = 0;
   for (int round = 1; round <= 3; ++round) {
     UsageAccounting accounting(means());
-    accounting.want({"/usr/share"});
+    accounting.want({"/usr/share"}, never);
     int left = round * 4000;
     while (left > 0 && accounting.figures().empty())
       accounting.turn([&left] { return --left < 0; });
     listed += accounting.listed();
     EXPECT_TRUE(accounting.figures().empty());
-    accounting.keep();
+    accounting.keepSmall();
   }
   UsageAccounting accounting(means());
-  accounting.want({"/usr/share"});
+  accounting.want({"/usr/share"}, never);
   while (accounting.figures().empty()) accounting.turn(never);
   EXPECT_EQ(accounting.figures().at("/usr/share"), countedByFind("/usr/share"));
   const auto folders = std::stoul(run("find /usr/share -xdev -type d | wc -l").text);
@@ -158,7 +116,7 @@ TEST_F(LiveCategories, GrowthAdditionAndRemovalAreFoundByListingChangedFoldersAl
       write("f" + std::to_string(folder) + "/" + std::to_string(file) + ".jpg", 1000);
   std::this_thread::sleep_for(4s);  // until no change can have the same time any more
   UsageAccounting accounting(means());
-  accounting.want({tree.path()});
+  accounting.want({tree.path()}, never);
   while (accounting.figures().empty()) accounting.turn(never);
   EXPECT_EQ(accounting.listed(), 51u);
   EXPECT_EQ(refreshed(accounting), 0u);
@@ -188,34 +146,8 @@ TEST_F(LiveCategories, OtherMountsAreNotEntered) {
   EXPECT_EQ(found, countedByFind(tree.path("films")));
 }
 
-TEST_F(LiveCategories, AMillionFilesTakeLessThan64MiB) {
-  if (testing::sanitized) GTEST_SKIP() << "a sanitizer's memory is not the library's";
-  // A twentieth of both, since making the files takes long: 50,000 photos within 3.2 MiB.
-  for (int number = 0; number < 50; ++number) {
-    const auto folder = ::open(tree.folder("Holiday " + std::to_string(number)).c_str(),
-                               O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    for (int file = 0; file < 1000; ++file) {
-      const auto name = "IMG_20240819_" + std::to_string(100000 + file) + ".jpg";
-      ::close(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-    }
-    ::close(folder);
-  }
-  kindOfWholeName("a.jpg");  // the database is the process's
-  for (const bool isTakenUp : {false, true}) {
-    std::ofstream("/proc/self/clear_refs") << "5" << std::flush;  // the peak begins anew
-    const auto before = residentKib("VmRSS:");
-    UsageAccounting accounting(means());
-    accounting.want({tree.path()});
-    while (accounting.figures().empty()) accounting.turn(never);
-    EXPECT_EQ(accounting.listed(), isTakenUp ? 0u : 51u);
-    EXPECT_LE(residentKib("VmHWM:") - before, 3276u);
-    RecordProperty(isTakenUp ? "taken_up_kib" : "counted_kib",
-                   static_cast<int>(residentKib("VmHWM:") - before));
-  }
-}
-
 TEST_F(LiveCategories, TheThreadTakesWhatNobodyElseWants) {
-  LinuxVolumeCategories categories({.accounting = [this] { return means(); }});
+  LinuxVolumeCategories categories({.accounting = [this](bool) { return means(); }});
   write("a.jpg", 1000);
   categories.want({tree.path()});
   while (!categories.of(tree.path())) std::this_thread::sleep_for(1ms);

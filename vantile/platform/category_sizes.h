@@ -17,7 +17,7 @@ struct CategorySizes {
   std::optional<Array> sizes;
 };
 
-/// The store of how much space kinds of files use on a volume. Loop thread of its user.
+/// The store of how much space kinds of files use on a volume. Any thread, one at a time.
 class VolumeCategories {
  public:
   virtual ~VolumeCategories() = default;

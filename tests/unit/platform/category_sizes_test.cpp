@@ -1,11 +1,13 @@
 #include "vantile/platform/linux/category_sizes.h"
 
 #include <filesystem>
+#include <stdexcept>
 #include <thread>
 
 #include "vantile/platform/linux/mailbox.h"
 
 #include "fakes/gate.h"
+#include "fakes/recorded_log.h"
 #include "unit/platform/usage_fixture.h"
 
 namespace vantile {
@@ -17,8 +19,8 @@ using namespace std::chrono_literals;
 class JoinedThreads final : public Threads {
  public:
   ~JoinedThreads() override { join(); }
-  bool detach(const char*, std::function<void()> body) override {
-    ++asked;
+  bool detach(const char* name, std::function<void()> body) override {
+    asked += name == std::string("vantile-usage");
     if (refuses) return false;
     running.emplace_back(std::move(body));
     return true;
@@ -35,14 +37,22 @@ class JoinedThreads final : public Threads {
 struct CategorySizesTest : testing::UsageTest {
   std::unique_ptr<LinuxVolumeCategories> make(std::function<void()> before = [] {}) {
     LinuxVolumeCategories::Means means;
-    means.accounting = [this, before] {
+    means.accounting = [this, before](bool mayHang) {
       before();
       UsageAccounting::Means accounting;
+      accounting.volumeAt = [this, mayHang, volumes = std::make_shared<UsageVolumes>()](
+                                const std::string& mountPoint) {
+        EXPECT_EQ(mayHang, mountPoint == served);
+        if (mountPoint == served) answers.pass();
+        return volumes->at(mountPoint);
+      };
       accounting.cacheFolder = caches.path("vantile");
       accounting.installed = {tree.path("usr")};
       return accounting;
     };
+    means.mayHang = [this](const std::string& mountPoint) { return mountPoint == served; };
     means.threads = threads;
+    means.retry = 0ns;
     return std::make_unique<LinuxVolumeCategories>(std::move(means));
   }
   /// The list, once the thread has it.
@@ -54,6 +64,8 @@ struct CategorySizesTest : testing::UsageTest {
   }
 
   const testing::TemporaryFolder caches;
+  const std::string served = tree.path("served");
+  testing::Gate answers;  // before what serves that answers
   const std::shared_ptr<JoinedThreads> threads = std::make_shared<JoinedThreads>();
 };
 
@@ -142,6 +154,57 @@ TEST_F(CategorySizesTest, WithoutAThreadThereAreNoFiguresAndItIsTriedAgain) {
   threads->refuses = false;
   EXPECT_TRUE(awaited(*categories));  // asked for again, nothing else is new
   EXPECT_EQ(threads->asked, 3);
+}
+
+TEST_F(CategorySizesTest, AVolumeThatHangsHoldsUpNoOther) {
+  tree.file("served/film.mkv", contents(10));
+  auto categories = make();
+  categories->want({served, tree.path()});
+  answers.awaitEntry();
+  EXPECT_TRUE(awaited(*categories));
+  EXPECT_FALSE(categories->of(served));
+  EXPECT_EQ(threads->asked, 2);
+  categories->want({tree.path()});
+  EXPECT_TRUE(awaited(*categories));
+  categories.reset();  // would not come back
+  answers.open();
+  threads->join();
+}
+
+TEST_F(CategorySizesTest, AVolumeThatMayHangIsCounted) {
+  tree.file("served/film.mkv", contents(10));
+  answers.open();
+  const auto categories = make();
+  categories->want({served});
+  std::optional<CategorySizes> sizes;
+  while (!(sizes = categories->of(served))) std::this_thread::yield();
+  EXPECT_EQ(sizes->sizes->at(6), Value(bytes("served/film.mkv")));
+  EXPECT_EQ(threads->asked, 1);
+}
+
+TEST_F(CategorySizesTest, AFailureIsTriedAgainWithOneLogLine) {
+  testing::RecordedLog log;
+  int failures = 3;
+  {
+    const auto categories = make([&failures] {
+      if (failures-- > 0) throw std::runtime_error("short of memory");
+    });
+    categories->want({tree.path()});
+    EXPECT_TRUE(awaited(*categories));
+    categories->want({});
+    threads->join();
+  }
+  EXPECT_EQ(failures, -1);
+  EXPECT_EQ(log.lines, std::vector<std::string>{"usage by category threw: short of memory"});
+}
+
+TEST_F(CategorySizesTest, KindsAreNotLookedUpByTheThreadThatCounts) {
+  // It may hold a lock that others want, and gets the processor last.
+  tree.file("film.mkv", contents(10));
+  const auto categories = make();
+  categories->want({tree.path()});
+  awaited(*categories);
+  EXPECT_EQ(threads->running.size(), 2u);
 }
 
 TEST(MailboxTest, TheLatestMessageIsTakenOnce) {

@@ -18,6 +18,23 @@ struct UsageCacheTest : testing::UsageTest {
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
   }
 
+  std::optional<UsageRecord> taken(const UsageVolume& of) const {
+    std::optional<UsageRecord> record;
+    EXPECT_EQ(cache.take(of, record, never), UsageCache::Came::toTheEnd);
+    return record;
+  }
+  void keep(const UsageVolume& of, bool complete = true) {
+    EXPECT_EQ(cache.keep(of, complete, index, never), UsageCache::Came::toTheEnd);
+  }
+  /// A folder of some 700 KiB.
+  void makeLarge() {
+    FolderContents large;
+    for (int number = 0; number < 50000; ++number)
+      large.files.append("IMG_" + std::to_string(100000 + number) + ".x").push_back('\0');
+    index.setContents(UsageIndex::root, 1, large);
+  }
+
+  const UsageCache::IsStopped never = [] { return false; };
   const UsageVolume volume{.fileSystem = 1, .root = 2, .mountPoint = "/mnt"};
   const std::string folder = tree.path("caches/vantile");
   const std::string file = folder + "/" + usageRecordName(volume);
@@ -27,8 +44,8 @@ struct UsageCacheTest : testing::UsageTest {
 };
 
 TEST_F(UsageCacheTest, WhatIsKeptIsTakenUp) {
-  cache.keep(volume, true, index);
-  const auto record = cache.take(volume);
+  keep(volume);
+  const auto record = taken(volume);
   ASSERT_TRUE(record);
   EXPECT_TRUE(record->complete);
   EXPECT_EQ(record->index.size(), 3u);
@@ -36,57 +53,57 @@ TEST_F(UsageCacheTest, WhatIsKeptIsTakenUp) {
 }
 
 TEST_F(UsageCacheTest, TheFolderIsMadeForTheUserAlone) {
-  cache.keep(volume, true, index);
+  keep(volume);
   EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms::owner_all);
   EXPECT_EQ(std::filesystem::status(file).permissions(),
             std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 TEST_F(UsageCacheTest, WithoutARecordThereIsNone) {
-  EXPECT_FALSE(cache.take(volume));
+  EXPECT_FALSE(taken(volume));
   EXPECT_TRUE(log.lines.empty());
 }
 
 TEST_F(UsageCacheTest, ADamagedRecordGoesWithOneLogLine) {
-  cache.keep(volume, true, index);
+  keep(volume);
   std::filesystem::resize_file(file, 40);
-  EXPECT_FALSE(cache.take(volume));
-  EXPECT_FALSE(cache.take(volume));
+  EXPECT_FALSE(taken(volume));
+  EXPECT_FALSE(taken(volume));
   EXPECT_EQ(log.lines,
             (std::vector<std::string>{"usage by category: " + file +
                                       " is damaged or another volume's, and begun anew"}));
 }
 
 TEST_F(UsageCacheTest, AnotherVolumesRecordGoesToo) {
-  cache.keep({.fileSystem = 3, .root = 2, .mountPoint = "/mnt"}, true, index);
+  keep({.fileSystem = 3, .root = 2, .mountPoint = "/mnt"});
   std::filesystem::rename(
       folder + "/" + usageRecordName({.fileSystem = 3, .root = 2, .mountPoint = "/mnt"}), file);
-  EXPECT_FALSE(cache.take(volume));
+  EXPECT_FALSE(taken(volume));
   EXPECT_EQ(log.lines.size(), 1u);
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST_F(UsageCacheTest, ARecordIsReplacedAsAWhole) {
-  cache.keep(volume, false, index);
+  keep(volume, false);
   index.setFolders(UsageIndex::root, "a\0"s);
-  UsageCache(folder).keep(volume, true, index);  // another process's
-  EXPECT_TRUE(cache.take(volume)->complete);
-  EXPECT_EQ(cache.take(volume)->index.size(), 2u);
+  UsageCache(folder).keep(volume, true, index, never);  // another process's
+  EXPECT_TRUE(taken(volume)->complete);
+  EXPECT_EQ(taken(volume)->index.size(), 2u);
   EXPECT_EQ(keptFiles(), 1u);
 }
 
 TEST_F(UsageCacheTest, AFolderThatCantBeWrittenCostsOneLogLine) {
   tree.file("caches", "no folder");
-  cache.keep(volume, true, index);
-  cache.keep(volume, true, index);
+  keep(volume);
+  keep(volume);
   EXPECT_EQ(log.lines, (std::vector<std::string>{"usage by category is not kept in " + folder +
                                                  ": Not a directory"}));
-  EXPECT_FALSE(cache.take(volume));
+  EXPECT_FALSE(taken(volume));
 }
 
 TEST_F(UsageCacheTest, ARecordThatCantBePutInItsPlaceLeavesNothingBehind) {
   tree.folder("caches/vantile/" + usageRecordName(volume) + "/in the way");
-  cache.keep(volume, true, index);
+  keep(volume);
   EXPECT_EQ(log.lines.size(), 1u);
   EXPECT_EQ(keptFiles(), 1u);
 }
@@ -96,9 +113,43 @@ TEST_F(UsageCacheTest, WhatAProcessLeftUnfinishedIsRemovedADayLater) {
   const auto old = tree.file("caches/vantile/" + usageRecordName(volume) + ".old");
   std::filesystem::last_write_time(
       old, std::filesystem::file_time_type::clock::now() - std::chrono::hours(25));
-  cache.keep(volume, true, index);
+  keep(volume);
   EXPECT_TRUE(std::filesystem::exists(recent));
   EXPECT_FALSE(std::filesystem::exists(old));
+}
+
+TEST_F(UsageCacheTest, ARecordHasNoLargestSize) {
+  makeLarge();
+  keep(volume);
+  EXPECT_GT(std::filesystem::file_size(file), 500000u);
+  const auto record = taken(volume);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->index.files(UsageIndex::root), index.files(UsageIndex::root));
+}
+
+TEST_F(UsageCacheTest, AStoppedWriteLeavesTheRecordBeforeAndNothingElse) {
+  keep(volume, false);
+  makeLarge();
+  int pieces = 0;
+  EXPECT_EQ(cache.keep(volume, true, index, [&pieces] { return ++pieces > 3; }),
+            UsageCache::Came::stopped);
+  EXPECT_EQ(pieces, 4);
+  EXPECT_FALSE(taken(volume)->complete);
+  EXPECT_EQ(keptFiles(), 1u);
+  EXPECT_TRUE(log.lines.empty());
+}
+
+TEST_F(UsageCacheTest, AStoppedReadingLosesNothing) {
+  makeLarge();
+  keep(volume);
+  int pieces = 0;
+  std::optional<UsageRecord> record;
+  EXPECT_EQ(cache.take(volume, record, [&pieces] { return ++pieces > 3; }),
+            UsageCache::Came::stopped);
+  EXPECT_EQ(pieces, 4);
+  EXPECT_FALSE(record);
+  EXPECT_TRUE(log.lines.empty());
+  EXPECT_TRUE(taken(volume));
 }
 
 }  // namespace

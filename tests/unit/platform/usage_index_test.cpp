@@ -146,6 +146,37 @@ TEST_F(UsageIndexTest, ContentsComeBackAsTheyWereSet) {
   EXPECT_EQ(index.files(b), "");
 }
 
+TEST_F(UsageIndexTest, FilesThatWereAskedAgainKeepTheirNames) {
+  FolderContents contents = withLink(UsageKind::photos, 42, 8);
+  contents.blocks = sums(0, 1, 0, 0);
+  index.setContents(a, 3, contents);
+  FolderSums now;
+  now.blocks = sums(0, 1ull << 40, 0, 0);
+  now.linked = {{42, 16, UsageKind::photos}};
+  index.setSums(a, now);
+  EXPECT_EQ(index.blocks(), sums(0, 1ull << 40, 0, 16));
+  EXPECT_EQ(index.files(a), "a\0"s);
+  EXPECT_EQ(index.name(a), "a");
+  EXPECT_EQ(index.stamp(a), 3u);
+  EXPECT_EQ(index.sums(a), now);
+  index.clear(a);
+  EXPECT_EQ(index.blocks(), sums(0, 0, 0, 0));
+}
+
+TEST(NameListTest, NamesComeOutAsTheyWentIn) {
+  NameList names;
+  std::string expected = "before";
+  for (int number = 0; number < 20000; ++number) {
+    names.append(std::to_string(number));
+    expected.append(std::to_string(number)).push_back('\0');
+  }
+  EXPECT_EQ(names.size() + 6, expected.size());
+  std::string text = "before";
+  names.moveTo(text);
+  EXPECT_EQ(text, expected);
+  EXPECT_EQ(names.size(), 0u);
+}
+
 TEST_F(UsageIndexTest, AFolderWithNothingCountedIsItsNameAlone) {
   EXPECT_EQ(index.packed(a), "a\0"s);
 }

@@ -1,47 +1,15 @@
-#include "vantile/platform/linux/usage_pass.h"
-
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include <functional>
-#include <limits>
+#include <algorithm>
 
-#include "unit/platform/usage_fixture.h"
+#include "unit/platform/usage_pass_fixture.h"
 
 namespace vantile {
 namespace {
 
-constexpr auto all = std::numeric_limits<std::size_t>::max() / 2;
-
-struct UsagePassTest : testing::UsageTest {
-  UsagePass pass(bool asksAgain = true) {
-    return UsagePass(index, tree.path(),
-                     {.installed = &installed,
-                      .kinds = &kinds,
-                      .presentSecond = [this] { return second(); },
-                      .asksAgain = asksAgain});
-  }
-  /// One whole pass; what it listed.
-  std::size_t run(bool asksAgain = true) {
-    auto whole = pass(asksAgain);
-    EXPECT_EQ(whole.run(all, never), UsagePass::Came::toTheEnd);
-    return whole.listed();
-  }
-  UsageSums counted() const {
-    auto sums = index.blocks();
-    for (auto& each : sums) each *= 512;
-    return sums;
-  }
-  static std::size_t openDescriptors() {
-    const auto folder = std::filesystem::directory_iterator("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
-  }
-
-  const std::function<bool()> never = [] { return false; };
-  std::function<std::int64_t()> second = muchLater;
-  InstalledFolders installed{{tree.path("usr")}};
-  ContentKinds kinds;
-  UsageIndex index;
-};
+using testing::UsagePassTest;
 
 TEST_F(UsagePassTest, FilesCountByTheirKindInBytesOnTheDisk) {
   tree.file("films/a.mkv", contents(100));
@@ -186,92 +154,6 @@ TEST_F(UsagePassTest, AFolderThatIsReplacedByALinkIsGone) {
   tree.symbolicLink("a", elsewhere.path());
   run();
   EXPECT_EQ(counted(), sums(0, 0, 0, 0));
-}
-
-TEST_F(UsagePassTest, APassThatIsTakenUpAsksNoFileAgainThatItHadCounted) {
-  tree.file("a/b.jpg", contents(1));
-  tree.file("c/d.jpg", contents(1));
-  run();
-  auto again = pass(false);
-  EXPECT_EQ(again.run(all, never), UsagePass::Came::toTheEnd);
-  EXPECT_EQ(again.listed(), 0u);
-  EXPECT_EQ(again.asked(), 2u);
-}
-
-TEST_F(UsagePassTest, AStoppedPassGoesOnWhereItWas) {
-  for (int number = 0; number < 20; ++number)
-    tree.file("f" + std::to_string(number) + "/a.jpg", contents(1));
-  auto interrupted = pass();
-  int left = 45;
-  EXPECT_EQ(interrupted.run(all, [&left] { return --left < 0; }), UsagePass::Came::stopped);
-  const auto listed = interrupted.listed();
-  EXPECT_GT(listed, 5u);
-  EXPECT_LT(listed, 20u);
-  EXPECT_EQ(interrupted.run(all, never), UsagePass::Came::toTheEnd);
-  EXPECT_LE(interrupted.listed(), 22u);  // 21, the one that it was in a second time
-  EXPECT_EQ(counted()[3], 20 * bytes("f0/a.jpg"));
-}
-
-TEST_F(UsagePassTest, WhatAStoppedPassHadCountedANewOneDoesNotList) {
-  for (int number = 0; number < 20; ++number)
-    tree.file("f" + std::to_string(number) + "/a.jpg", contents(1));
-  std::size_t listed = 0;
-  {
-    auto interrupted = pass();
-    EXPECT_EQ(interrupted.run(10, never), UsagePass::Came::some);
-    listed = interrupted.listed();
-  }
-  EXPECT_GT(listed, 2u);
-  EXPECT_EQ(listed + run(false), 21u);
-  EXPECT_EQ(counted()[3], 20 * bytes("f0/a.jpg"));
-}
-
-TEST_F(UsagePassTest, StoppedInAFolderItChangesNothingThere) {
-  tree.file("a.jpg", contents(1));
-  tree.file("b.jpg", contents(1));
-  run();
-  const auto before = counted();
-  tree.file("c.jpg", contents(1));
-  int left = 2;
-  EXPECT_EQ(pass().run(all, [&left] { return --left < 0; }), UsagePass::Came::stopped);
-  EXPECT_EQ(counted(), before);
-}
-
-TEST_F(UsagePassTest, AtAnyMomentThatItIsStoppedItComesToTheSame) {
-  tree.file("a/b/c.jpg", contents(1));
-  tree.file("a/d/e.jpg", contents(2));
-  tree.file("usr/f", contents(3));
-  run();
-  const auto expected = counted();
-  for (int moment = 0; moment < 30; ++moment) {
-    index = UsageIndex();
-    auto interrupted = pass();
-    auto left = moment;
-    while (interrupted.run(all, [&left] { return left-- == 0; }) == UsagePass::Came::stopped) {
-    }
-    EXPECT_EQ(counted(), expected) << moment;
-  }
-}
-
-TEST_F(UsagePassTest, BetweenItsPartsItHoldsNoDescriptor) {
-  tree.file("a/b/c/d.jpg", contents(1));
-  const auto before = openDescriptors();
-  auto parts = pass();
-  while (parts.run(1, never) == UsagePass::Came::some) EXPECT_EQ(openDescriptors(), before);
-  EXPECT_EQ(parts.listed(), 4u);
-  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b/c/d.jpg")));
-}
-
-TEST_F(UsagePassTest, AFolderThatGoesBetweenTwoPartsEndsNothing) {
-  tree.file("a/b/c/d.jpg", contents(1));
-  tree.file("z/e.jpg", contents(1));
-  auto parts = pass();
-  for (int part = 0; part < 3; ++part) parts.run(1, never);
-  tree.remove("a");
-  while (parts.run(1, never) == UsagePass::Came::some) {
-  }
-  run();
-  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("z/e.jpg")));
 }
 
 TEST_F(UsagePassTest, AVolumeThatIsNotThereIsNowhere) {

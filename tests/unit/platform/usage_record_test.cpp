@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace vantile {
 namespace {
 
@@ -23,17 +25,31 @@ struct UsageRecordTest : ::testing::Test {
 
   std::string written(bool complete = true) const {
     std::string body;
-    const auto head = writeUsageRecord(volume, complete, index,
-                                       [&body](std::string_view piece) { body.append(piece); });
-    return head + body;
+    const auto head = writeUsageRecord(volume, complete, index, [&body](std::string_view piece) {
+      body.append(piece);
+      return true;
+    });
+    return head.value() + body;
+  }
+  /// The record in the text, which comes in pieces of that size.
+  static std::optional<UsageRecord> read(std::string_view text, const UsageVolume& of,
+                                         std::size_t pieceSize = 7) {
+    auto left = text;
+    const UsageRecordSource source = [&] {
+      const auto piece = left.substr(0, pieceSize);
+      left.remove_prefix(piece.size());
+      return piece;
+    };
+    return readUsageRecord(source, text.size(), of);
   }
 
-  const UsageVolume volume{.fileSystem = 77, .root = 2, .mountPoint = "/mnt/\xFF disk"};
+  const UsageVolume volume{
+      .fileSystem = 77, .root = 2, .identifier = "1234-ABCD", .mountPoint = "/mnt/\xFF disk"};
   UsageIndex index;
 };
 
 TEST_F(UsageRecordTest, WhatIsWrittenIsReadBack) {
-  const auto record = readUsageRecord(written(), volume);
+  const auto record = read(written(), volume);
   ASSERT_TRUE(record);
   EXPECT_TRUE(record->complete);
   const auto& read = record->index;
@@ -50,11 +66,59 @@ TEST_F(UsageRecordTest, WhatIsWrittenIsReadBack) {
 }
 
 TEST_F(UsageRecordTest, ItsHeadHasItsSize) {
-  EXPECT_EQ(writeUsageRecord(volume, true, index, [](std::string_view) {}).size(), usageRecordHead);
+  const auto head = writeUsageRecord(volume, true, index, [](std::string_view) { return true; });
+  ASSERT_TRUE(head);
+  EXPECT_EQ(head->size(), usageRecordHead);
+}
+
+TEST_F(UsageRecordTest, ItComesInPiecesOfAnySize) {
+  const auto whole = written();
+  for (std::size_t size = 1; size <= whole.size(); ++size)
+    EXPECT_TRUE(read(whole, volume, size)) << size;
+}
+
+TEST_F(UsageRecordTest, ALargeFolderIsHandedOnInSmallPieces) {
+  FolderContents large;
+  for (int file = 0; file < 50000; ++file)
+    large.files.append("IMG_" + std::to_string(file)).push_back('\0');
+  index.setContents(index.first(UsageIndex::root), 12, large);
+  std::size_t pieces = 0, longest = 0;
+  const auto count = [&](std::string_view piece) {
+    ++pieces;
+    longest = std::max(longest, piece.size());
+    return true;
+  };
+  EXPECT_TRUE(writeUsageRecord(volume, true, index, count));
+  EXPECT_EQ(longest, 65536u);
+  EXPECT_GE(pieces, 7u);
+  const auto record = read(written(), volume, 1000);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->index.files(record->index.first(UsageIndex::root)), large.files);
+}
+
+TEST_F(UsageRecordTest, ASinkThatWantsNoMoreEndsIt) {
+  FolderContents large;
+  large.files = std::string(300000, 'x') + '\0';
+  index.setContents(UsageIndex::root, 13, large);
+  int pieces = 0;
+  EXPECT_FALSE(
+      writeUsageRecord(volume, true, index, [&pieces](std::string_view) { return ++pieces < 2; }));
+  EXPECT_EQ(pieces, 2);
+}
+
+TEST_F(UsageRecordTest, ALengthBeyondTheRecordTakesNoMemory) {
+  auto whole = written();
+  const auto before = whole.size();
+  // The root's length, behind the volume, the mark and the root's stamp and number of folders.
+  const auto at = usageRecordHead + 16 + 1 + volume.identifier.size() + 1 +
+                  volume.mountPoint.size() + 1 + 8 + 1;
+  whole.replace(at, 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F");
+  ASSERT_GT(whole.size(), before);
+  EXPECT_FALSE(read(whole, volume));
 }
 
 TEST_F(UsageRecordTest, AnInterruptedPassIsKnownAsOne) {
-  EXPECT_FALSE(readUsageRecord(written(false), volume)->complete);
+  EXPECT_FALSE(read(written(false), volume)->complete);
 }
 
 TEST_F(UsageRecordTest, AnyDamageIsNoticed) {
@@ -62,27 +126,33 @@ TEST_F(UsageRecordTest, AnyDamageIsNoticed) {
   for (std::size_t at = 0; at < whole.size(); ++at) {
     auto damaged = whole;
     damaged[at] = static_cast<char>(damaged[at] ^ 1);
-    EXPECT_FALSE(readUsageRecord(damaged, volume)) << at;
-    EXPECT_FALSE(readUsageRecord(whole.substr(0, at), volume)) << at;
+    EXPECT_FALSE(read(damaged, volume)) << at;
+    EXPECT_FALSE(read(whole.substr(0, at), volume)) << at;
   }
-  EXPECT_FALSE(readUsageRecord(whole + "x", volume));
+  EXPECT_FALSE(read(whole + "x", volume));
 }
 
 TEST_F(UsageRecordTest, AnotherVolumesRecordIsNone) {
   auto other = volume;
   other.fileSystem = 78;
-  EXPECT_FALSE(readUsageRecord(written(), other));
+  EXPECT_FALSE(read(written(), other));
   other = volume;
   other.root = 5;
-  EXPECT_FALSE(readUsageRecord(written(), other));
+  EXPECT_FALSE(read(written(), other));
+  other = volume;
+  other.identifier = "1234-ABCE";
+  EXPECT_FALSE(read(written(), other));
   other = volume;
   other.mountPoint = "/mnt";
-  EXPECT_FALSE(readUsageRecord(written(), other));
+  EXPECT_FALSE(read(written(), other));
 }
 
 TEST_F(UsageRecordTest, VolumesHaveRecordsOfTheirOwn) {
   auto other = volume;
   other.fileSystem = 78;
+  EXPECT_NE(usageRecordName(other), usageRecordName(volume));
+  other = volume;
+  other.identifier = "1234-ABCE";
   EXPECT_NE(usageRecordName(other), usageRecordName(volume));
   EXPECT_EQ(usageRecordName(volume).size(), 22u);
 }
@@ -93,7 +163,7 @@ TEST_F(UsageRecordTest, AVeryDeepTreeIsWrittenAndReadWithoutRecursion) {
     index.setFolders(folder, "d\0"s);
     folder = index.first(folder);
   }
-  const auto record = readUsageRecord(written(), volume);
+  const auto record = read(written(), volume);
   ASSERT_TRUE(record);
   EXPECT_EQ(record->index.size(), index.size());
 }

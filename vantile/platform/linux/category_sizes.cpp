@@ -1,10 +1,9 @@
 #include "vantile/platform/linux/category_sizes.h"
 
+#include <fcntl.h>
 #include <linux/ioprio.h>
-#include <poll.h>
 #include <sched.h>
 #include <stdlib.h>
-#include <sys/eventfd.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -12,11 +11,15 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <exception>
 #include <utility>
 
 #include "vantile/foundation/guard.h"
+#include "vantile/platform/linux/kind_desk.h"
 #include "vantile/platform/linux/mailbox.h"
+#include "vantile/platform/linux/roots.h"
 #include "vantile/platform/linux/standard_folders.h"
+#include "vantile/platform/linux/wakeup.h"
 #include "vantile/platform/posix/descriptor.h"
 
 namespace vantile {
@@ -37,18 +40,19 @@ CategorySizes sizesOf(const UsageSums& bytes) {
 /// Has the accounting count `list` in place of `before`. It knows volumes by mount point: one that
 /// took another's place is a new one to it.
 void replaceWanted(UsageAccounting& accounting, const std::vector<VolumeKey>& before,
-                   const std::vector<VolumeKey>& list) {
+                   const std::vector<VolumeKey>& list,
+                   const UsageAccounting::IsStopped& isStopped) {
   std::vector<std::string> kept, all;
   for (const auto& volume : list) {
     const auto isThere = [&](const VolumeKey& each) {
       return each.mountPoint == volume.mountPoint;
     };
     const auto known = std::find_if(before.begin(), before.end(), isThere);
-    if (known != before.end() && *known == volume) kept.push_back(volume.mountPoint);
+    if (known == before.end() || *known == volume) kept.push_back(volume.mountPoint);
     all.push_back(volume.mountPoint);
   }
-  if (kept.size() < all.size()) accounting.want(kept);
-  accounting.want(all);
+  if (kept.size() < all.size()) accounting.want(kept, isStopped);
+  accounting.want(all, isStopped);
 }
 
 Figures figuresOf(const UsageAccounting& accounting, const std::vector<VolumeKey>& volumes) {
@@ -66,7 +70,7 @@ std::string withoutLinks(std::string path) {
   return real ? std::string(real.get()) : std::move(path);
 }
 
-UsageAccounting::Means systemAccounting() {
+UsageAccounting::Means systemAccounting(bool mayHang) {
   XdgFolders folders;
   UsageAccounting::Means means;
   means.cacheFolder = folders.caches() + "/vantile";
@@ -74,6 +78,12 @@ UsageAccounting::Means systemAccounting() {
        {std::string("/usr"), std::string("/opt"), std::string("/var/lib/flatpak"),
         folders.library() + "/flatpak", std::string("/var/lib/snapd"), std::string("/snap")})
     means.installed.push_back(withoutLinks(folder));
+  means.volumeAt = [mayHang, volumes = std::make_shared<UsageVolumes>()](
+                       const std::string& mountPoint) -> std::optional<UsageVolume> {
+    // One that took another's place a moment ago may be of the other sort.
+    if (volumes->mayHang(mountPoint) != mayHang) return std::nullopt;
+    return volumes->at(mountPoint);
+  };
   return means;
 }
 
@@ -88,56 +98,65 @@ void stepBehindOthers() {
 
 }  // namespace
 
-/// What the owner and the thread share. The last of them ends it.
+/// What the owner and the threads share. The last of them ends it.
 struct LinuxVolumeCategories::Shared {
-  Shared() : wakeup(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
-  void wake() const {
-    const std::uint64_t one = 1;
-    // Where it is full, it is readable.
-    [[maybe_unused]] const auto written = ::write(wakeup.get(), &one, sizeof one);
-  }
-  void sleep(std::optional<std::chrono::nanoseconds> duration) const {
-    using Milliseconds = std::chrono::milliseconds;
-    constexpr Milliseconds longest = std::chrono::hours(1);
-    int timeout = -1;
-    if (duration)
-      timeout =
-          static_cast<int>(std::min(std::chrono::ceil<Milliseconds>(*duration), longest).count());
-    pollfd waited = {wakeup.get(), POLLIN, 0};
-    ::poll(&waited, 1, timeout);
-    std::uint64_t count = 0;
-    [[maybe_unused]] const auto read = ::read(wakeup.get(), &count, sizeof count);
-  }
-
-  void work(const std::function<UsageAccounting::Means()>& means) {
-    UsageAccounting accounting(means());
-    const std::function<bool()> isStopped = [this] { return isOver || !wanted.isEmpty(); };
-    Figures told;
-    std::vector<VolumeKey> counted;
+  /// Counts until it is over, whatever fails.
+  void work(const std::function<UsageAccounting::Means()>& means, std::chrono::nanoseconds retry) {
+    std::vector<VolumeKey> list;
+    bool hasFailed = false;
+    const auto failed = [&hasFailed](std::string_view error) {
+      if (!std::exchange(hasFailed, true)) logEscaped("usage by category", error);
+    };
     while (!isOver) {
-      if (const auto list = wanted.take()) {
-        replaceWanted(accounting, counted, *list);
-        counted = *list;
+      try {
+        count(means(), list);
+      } catch (const std::exception& error) {
+        failed(error.what());
+      } catch (...) {
+        failed("something that is not a std::exception");
+      }
+      if (!isOver) wakeup.sleep(retry);
+    }
+  }
+
+  void count(UsageAccounting::Means means, std::vector<VolumeKey>& list) {
+    const std::function<bool()> isStopped = [this] { return isOver || !wanted.isEmpty(); };
+    means.kindOf = [this](const std::string& name) { return desk.of(name); };
+    UsageAccounting accounting(std::move(means));
+    replaceWanted(accounting, {}, list, isStopped);
+    Figures told;
+    while (!isOver) {
+      if (const auto latest = wanted.take()) {
+        replaceWanted(accounting, list, *latest, [this] { return isOver.load(); });
+        list = *latest;
       }
       const auto rest = accounting.turn(isStopped);
-      if (auto present = figuresOf(accounting, counted); present != told) {
+      if (auto present = figuresOf(accounting, list); present != told) {
         told = present;
         figures.put(std::move(present));
       }
-      if (!isOver && wanted.isEmpty() && rest != std::chrono::nanoseconds(0)) sleep(rest);
+      const bool isToGoOn = isOver || !wanted.isEmpty();
+      if (wakeup.sleep(isToGoOn ? std::chrono::nanoseconds(0) : rest, mounts.get()))
+        accounting.lookAgain();
     }
-    accounting.keep();
+    accounting.keepSmall();
   }
 
-  const Descriptor wakeup;
+  const Wakeup wakeup;
+  const Descriptor mounts{
+      ::open((LinuxRoots{}.proc + "/self/mountinfo").c_str(), O_RDONLY | O_CLOEXEC)};
+  KindDesk desk;
   std::atomic<bool> isOver = false;
   Mailbox<std::vector<VolumeKey>> wanted;
   Mailbox<Figures> figures;
 };
 
 LinuxVolumeCategories::LinuxVolumeCategories()
-    : LinuxVolumeCategories(Means{.accounting = systemAccounting}) {}
+    : LinuxVolumeCategories(
+          Means{.accounting = systemAccounting,
+                .mayHang = [volumes = std::make_shared<UsageVolumes>()](const std::string& at) {
+                  return volumes->mayHang(at);
+                }}) {}
 
 LinuxVolumeCategories::LinuxVolumeCategories(Means means) : means_(std::move(means)) {}
 
@@ -146,49 +165,74 @@ LinuxVolumeCategories::~LinuxVolumeCategories() {
 }
 
 std::optional<CategorySizes> LinuxVolumeCategories::of(const VolumeKey& volume) {
-  if (!shared_ && !wanted_.empty()) start();  // where there was no thread to be had
-  if (const auto latest = shared_ ? shared_->figures.take() : nullptr)
-    figures_ = std::move(*latest);
-  const bool isWanted = std::find(wanted_.begin(), wanted_.end(), volume) != wanted_.end();
-  const auto found = figures_.find(volume);
-  if (!isWanted || found == figures_.end()) return std::nullopt;
-  return sizesOf(found->second);
+  for (Part& part : parts_) {
+    if (!part.shared && !part.wanted.empty()) start(part);  // where there was no thread to be had
+    if (const auto latest = part.shared ? part.shared->figures.take() : nullptr)
+      part.figures = std::move(*latest);
+    const bool isWanted =
+        std::find(part.wanted.begin(), part.wanted.end(), volume) != part.wanted.end();
+    const auto found = part.figures.find(volume);
+    if (isWanted && found != part.figures.end()) return sizesOf(found->second);
+  }
+  return std::nullopt;
 }
 
 void LinuxVolumeCategories::want(const std::vector<VolumeKey>& volumes) {
-  // A list that says nothing new must not interrupt what is under way.
-  if (volumes == wanted_ && (shared_ || volumes.empty())) return;
-  wanted_ = volumes;
-  std::erase_if(figures_, [this](const auto& each) {
-    return std::find(wanted_.begin(), wanted_.end(), each.first) == wanted_.end();
-  });
-  if (volumes.empty() && shared_) {
-    shared_->isOver = true;
-    std::exchange(shared_, nullptr)->wake();
-  } else if (shared_) {
-    shared_->wanted.put(volumes);
-    shared_->wake();
-  } else if (!volumes.empty()) {
-    start();
+  for (Part& part : parts_) {
+    std::vector<VolumeKey> chosen;
+    for (const auto& volume : volumes)
+      if ((means_.mayHang && means_.mayHang(volume.mountPoint)) == part.mayHang)
+        chosen.push_back(volume);
+    want(part, chosen);
   }
 }
 
-void LinuxVolumeCategories::start() {
+void LinuxVolumeCategories::want(Part& part, const std::vector<VolumeKey>& volumes) {
+  // A list that says nothing new must not interrupt what is under way.
+  if (volumes == part.wanted && (part.shared || volumes.empty())) return;
+  part.wanted = volumes;
+  std::erase_if(part.figures, [&part](const auto& each) {
+    return std::find(part.wanted.begin(), part.wanted.end(), each.first) == part.wanted.end();
+  });
+  if (volumes.empty() && part.shared) {
+    part.shared->isOver = true;
+    part.shared->desk.close();
+    std::exchange(part.shared, nullptr)->wakeup.wake();
+  } else if (part.shared) {
+    part.shared->wanted.put(volumes);
+    part.shared->wakeup.wake();
+  } else if (!volumes.empty()) {
+    start(part);
+  }
+}
+
+void LinuxVolumeCategories::start(Part& part) {
   // Those that are not needed any more may be held up by file systems that do not answer.
   constexpr int mostThreads = 4;
-  static std::atomic<int> threads = 0;
-  if (threads >= mostThreads) return;
+  static std::array<std::atomic<int>, 2> threads = {};
+  auto& running = threads[part.mayHang ? 1 : 0];
+  if (running >= mostThreads) return;
   auto shared = std::make_shared<Shared>();
-  shared->wanted.put(wanted_);
-  if (!shared->wakeup) return;
-  ++threads;
-  const bool started = means_.threads->detach("vantile-usage", [shared, means = means_.accounting] {
-    stepBehindOthers();
-    guarded("usage by category", [&] { shared->work(means); });
-    --threads;
-  });
-  if (!started) --threads;
-  if (started) shared_ = std::move(shared);
+  shared->wanted.put(part.wanted);
+  if (!shared->wakeup || !shared->desk) return;
+  // From here, since a thread starts with the priority of the one that starts it.
+  shared->desk.open(means_.threads->detach("vantile-kinds", [shared] { shared->desk.serve(); }));
+  ++running;
+  const bool started = means_.threads->detach(
+      "vantile-usage",
+      [shared, &running, retry = means_.retry,
+       means = [make = means_.accounting, mayHang = part.mayHang] { return make(mayHang); }] {
+        stepBehindOthers();
+        guarded("usage by category", [&] { shared->work(means, retry); });
+        shared->desk.close();
+        --running;
+      });
+  if (!started) {
+    --running;
+    shared->desk.close();
+  } else {
+    part.shared = std::move(shared);
+  }
 }
 
 std::unique_ptr<VolumeCategories> makeVolumeCategories() {

@@ -1,25 +1,34 @@
 #pragma once
 
+#include <array>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "vantile/platform/category_sizes.h"
 #include "vantile/platform/linux/usage_accounting.h"
+#include "vantile/platform/linux/usage_volumes.h"
 #include "vantile/platform/threads.h"
 
 namespace vantile {
 
-/// The accounting on a thread of its own, which the kernel gives the processor and the disk when
-/// nobody else wants them. Nothing here waits for that thread, nor takes a lock that it takes: it
-/// may be held up by a file system that does not answer, and ends on its own when it is not needed
-/// any more.
+/// The accounting on threads of its own, which the kernel gives the processor and the disk when
+/// nobody else wants them: one for the volumes that always answer, one for those that may not, as
+/// long as there are such, so that one that hangs holds up none but its like. Nothing here waits
+/// for those threads, nor takes a lock that they take; one that is held up ends on its own when its
+/// volume answers.
 class LinuxVolumeCategories final : public VolumeCategories {
  public:
   struct Means {
-    std::function<UsageAccounting::Means()> accounting;  ///< asked on that thread
+    /// Asked on each of the threads: for the volumes that may hang, or the others.
+    std::function<UsageAccounting::Means(bool mayHang)> accounting;
+    std::function<bool(const std::string& mountPoint)> mayHang = nullptr;
     std::shared_ptr<Threads> threads = systemThreads();
+    /// From a failure to the next try.
+    std::chrono::nanoseconds retry = std::chrono::minutes(1);
   };
 
   LinuxVolumeCategories();
@@ -31,13 +40,19 @@ class LinuxVolumeCategories final : public VolumeCategories {
 
  private:
   struct Shared;
+  /// What one of the threads counts.
+  struct Part {
+    bool mayHang = false;
+    std::vector<VolumeKey> wanted = {};
+    std::map<VolumeKey, UsageSums> figures = {};
+    std::shared_ptr<Shared> shared = nullptr;  // with the thread; null while there is none
+  };
 
-  void start();
+  void want(Part& part, const std::vector<VolumeKey>& volumes);
+  void start(Part& part);
 
   const Means means_;
-  std::vector<VolumeKey> wanted_;
-  std::map<VolumeKey, UsageSums> figures_;
-  std::shared_ptr<Shared> shared_;  // with the thread; null while there is none
+  std::array<Part, 2> parts_ = {Part{.mayHang = false}, Part{.mayHang = true}};
 };
 
 }  // namespace vantile

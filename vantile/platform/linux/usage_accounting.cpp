@@ -1,26 +1,27 @@
 #include "vantile/platform/linux/usage_accounting.h"
 
-#include <sys/vfs.h>
 #include <time.h>
 
 #include <algorithm>
-#include <cstring>
+#include <exception>
 #include <utility>
+
+#include "vantile/foundation/guard.h"
+#include "vantile/platform/linux/usage_volumes.h"
 
 namespace vantile {
 namespace {
 
 constexpr std::uint64_t blockSize = 512;
 
-/// What is mounted there now, or nothing.
-std::optional<UsageVolume> volumeAt(const std::string& mountPoint) {
-  struct statfs system = {};
-  const auto status = statusOf(AT_FDCWD, mountPoint.c_str(), AT_SYMLINK_NOFOLLOW, STATX_INO);
-  if (!status || ::statfs(mountPoint.c_str(), &system) != 0) return std::nullopt;
-  UsageVolume volume{.root = status->stx_ino, .mountPoint = mountPoint};
-  static_assert(sizeof volume.fileSystem == sizeof system.f_fsid);
-  std::memcpy(&volume.fileSystem, &system.f_fsid, sizeof volume.fileSystem);
-  return volume;
+constexpr auto atOnce = std::chrono::nanoseconds(0);
+
+UsageAccounting::Means complete(UsageAccounting::Means means) {
+  if (!means.volumeAt)
+    means.volumeAt = [volumes = std::make_shared<UsageVolumes>()](const std::string& mountPoint) {
+      return volumes->at(mountPoint);
+    };
+  return means;
 }
 
 }  // namespace
@@ -33,11 +34,16 @@ struct UsageAccounting::Volume {
   UsageRecord record;
   std::unique_ptr<UsagePass> pass;  // under way
   bool isChanged = false;           // since it was kept
-  Clock::time_point due = Clock::time_point::min(), kept;
+  bool isUnsure = false;            // whether it is still there
+  bool isToKeep = false;            // as a pass ended, which was stopped
+  Clock::time_point due = Clock::time_point::min(), kept, restsUntil;
 };
 
 UsageAccounting::UsageAccounting(Means means)
-    : means_(std::move(means)), installed_(means_.installed), cache_(means_.cacheFolder) {}
+    : means_(complete(std::move(means))),
+      installed_(means_.installed),
+      cache_(means_.cacheFolder),
+      kinds_(means_.kindOf) {}
 
 UsageAccounting::~UsageAccounting() = default;
 
@@ -47,7 +53,8 @@ std::chrono::nanoseconds UsageAccounting::threadProcessorTime() {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-void UsageAccounting::want(const std::vector<std::string>& mountPoints) {
+void UsageAccounting::want(const std::vector<std::string>& mountPoints,
+                           const IsStopped& isStopped) {
   std::vector<std::unique_ptr<Volume>> wanted;
   for (const auto& mountPoint : mountPoints) {
     const auto has = [&mountPoint](const auto& each) {
@@ -60,23 +67,55 @@ void UsageAccounting::want(const std::vector<std::string>& mountPoints) {
   }
   std::swap(volumes_, wanted);
   for (const auto& unwanted : wanted)
-    if (unwanted) keep(*unwanted);
+    if (unwanted) keep(*unwanted, isStopped);
 }
 
-std::optional<std::chrono::nanoseconds> UsageAccounting::turn(
-    const std::function<bool()>& isStopped) {
-  constexpr auto atOnce = std::chrono::nanoseconds(0);
+void UsageAccounting::lookAgain() {
   for (const auto& volume : volumes_) {
-    if (volume->identity || volume->due > means_.now()) continue;
-    takeUp(*volume);
-    return atOnce;
+    volume->isUnsure = true;
+    if (!volume->identity) volume->due = Clock::time_point::min();
   }
-  Volume* const volume = nextVolume();
+}
+
+std::optional<std::chrono::nanoseconds> UsageAccounting::turn(const IsStopped& isStopped) {
+  Volume* volume = toTakeUp();
+  if (!volume) volume = nextVolume();
   if (!volume) return std::nullopt;
+  try {
+    return work(*volume, isStopped);
+  } catch (const std::exception& error) {
+    setAside(*volume, error.what());
+  }
+  return atOnce;
+}
+
+/// The one to be looked at before any is counted, or null.
+UsageAccounting::Volume* UsageAccounting::toTakeUp() {
+  const auto found = std::find_if(volumes_.begin(), volumes_.end(), [this](const auto& each) {
+    return each->identity ? each->isUnsure : each->due <= means_.now();
+  });
+  return found == volumes_.end() ? nullptr : found->get();
+}
+
+std::optional<std::chrono::nanoseconds> UsageAccounting::work(Volume& volume,
+                                                              const IsStopped& isStopped) {
   const auto now = means_.now();
-  if (!volume->pass && volume->due > now) return volume->due - now;
-  if (!volume->pass && !isTheSame(*volume)) return atOnce;
-  return go(*volume, isStopped);
+  if (!volume.identity && volume.due <= now) {
+    takeUp(volume, isStopped);
+  } else if (volume.isUnsure) {
+    isTheSame(volume, isStopped);
+  } else if (volume.isToKeep) {
+    keep(volume, isStopped);
+  } else if (!volume.pass && volume.due > now) {
+    return volume.due - now;
+  } else if (volume.restsUntil > now) {
+    return volume.restsUntil - now;
+  } else if (isTheSame(volume, isStopped)) {
+    const auto rest = go(volume, isStopped);
+    volume.restsUntil = means_.now() + rest;
+    return rest;
+  }
+  return atOnce;
 }
 
 /// First passes go before further ones, in the order of the list; of these the one under way, else
@@ -84,7 +123,8 @@ std::optional<std::chrono::nanoseconds> UsageAccounting::turn(
 UsageAccounting::Volume* UsageAccounting::nextVolume() {
   const auto rank = [this](const Volume& volume) {
     const bool isBegun = volume.pass != nullptr;
-    if (!volume.record.complete && (isBegun || volume.due <= means_.now()))
+    const bool isFirst = !volume.record.complete;
+    if (volume.isToKeep || (isFirst && (isBegun || volume.due <= means_.now())))
       return std::pair(0, Clock::time_point::min());
     return std::pair(isBegun ? 1 : 2, volume.due);
   };
@@ -95,37 +135,60 @@ UsageAccounting::Volume* UsageAccounting::nextVolume() {
 }
 
 /// Whether still that volume is mounted there. Another one is taken up instead.
-bool UsageAccounting::isTheSame(Volume& volume) {
-  if (volumeAt(volume.mountPoint) == volume.identity) return true;
-  keep(volume);
+bool UsageAccounting::isTheSame(Volume& volume, const IsStopped& isStopped) {
+  volume.isUnsure = false;
+  if (means_.volumeAt(volume.mountPoint) == volume.identity) return true;
+  volume.pass.reset();
+  keep(volume, isStopped);
   volume.identity.reset();
+  volume.record = UsageRecord();
+  volume.due = volume.restsUntil = Clock::time_point::min();
   return false;
 }
 
-void UsageAccounting::takeUp(Volume& volume) {
-  volume.identity = volumeAt(volume.mountPoint);
+void UsageAccounting::takeUp(Volume& volume, const IsStopped& isStopped) {
+  auto identity = means_.volumeAt(volume.mountPoint);
   volume.record = UsageRecord();
-  volume.isChanged = false;
+  volume.isChanged = volume.isToKeep = volume.isUnsure = false;
   volume.kept = means_.now();
-  if (!volume.identity) {
-    volume.due = means_.now() + means_.pace.period;
-    return;
+  volume.due = means_.now() + means_.pace.period;
+  std::optional<UsageRecord> record;
+  if (identity && cache_.take(*identity, record, isStopped) == UsageCache::Came::stopped) {
+    volume.due = Clock::time_point::min();  // as the next thing
+  } else if (identity) {
+    volume.identity = std::move(identity);
+    volume.due = Clock::time_point::min();
+    if (record) volume.record = std::move(*record);
   }
-  volume.due = Clock::time_point::min();
-  if (auto record = cache_.take(*volume.identity)) volume.record = std::move(*record);
 }
 
-std::optional<std::chrono::nanoseconds> UsageAccounting::go(
-    Volume& volume, const std::function<bool()>& isStopped) {
+/// What is known of it may be half of something.
+void UsageAccounting::setAside(Volume& volume, std::string_view error) {
+  if (!std::exchange(hasFailed_, true)) logEscaped("usage by category", error);
+  volume.pass.reset();
+  volume.record = UsageRecord();
+  volume.identity.reset();
+  volume.isChanged = volume.isToKeep = volume.isUnsure = false;
+  volume.due = means_.now() + means_.pace.period;
+}
+
+void UsageAccounting::begin(Volume& volume) {
+  kinds_.forget();
+  volume.due = means_.now() + means_.pace.period;
+  volume.pass = std::make_unique<UsagePass>(volume.record.index, volume.mountPoint,
+                                            UsagePass::Means{.installed = &installed_,
+                                                             .kinds = &kinds_,
+                                                             .presentSecond = means_.presentSecond,
+                                                             .asksAgain = volume.record.complete,
+                                                             .hold = means_.pace.hold,
+                                                             .now = means_.now});
+}
+
+std::chrono::nanoseconds UsageAccounting::go(Volume& volume, const IsStopped& isStopped) {
+  using Came = UsagePass::Came;
   const auto& pace = means_.pace;
   const bool isFirst = !volume.record.complete;
-  if (!volume.pass) {
-    kinds_.forget();
-    volume.due = means_.now() + pace.period;
-    volume.pass = std::make_unique<UsagePass>(
-        volume.record.index, volume.mountPoint,
-        UsagePass::Means{&installed_, &kinds_, means_.presentSecond, !isFirst});
-  }
+  if (!volume.pass) begin(volume);
   const auto begin = means_.processorTime();
   const auto before = volume.pass->listed();
   const auto sums = volume.record.index.blocks();
@@ -133,27 +196,32 @@ std::optional<std::chrono::nanoseconds> UsageAccounting::go(
   const auto listed = volume.pass->listed() - before;
   listed_ += listed;
   volume.isChanged |= listed > 0 || sums != volume.record.index.blocks();
-  if (came == UsagePass::Came::toTheEnd || came == UsagePass::Came::nowhere) volume.pass.reset();
-  if (came == UsagePass::Came::toTheEnd) {
+  if (came == Came::toTheEnd || came == Came::nowhere) volume.pass.reset();
+  if (came == Came::toTheEnd) {
     volume.isChanged |= isFirst;
-    volume.record.complete = true;
-    keep(volume);
+    volume.record.complete = volume.isToKeep = true;
+    keep(volume, isStopped);
   } else if (isFirst && means_.now() - volume.kept >= pace.checkpoint) {
-    keep(volume);
+    keep(volume, isStopped);
   }
-  if (isFirst || came == UsagePass::Came::stopped) return std::chrono::nanoseconds(0);
+  if (came == Came::stopped) return atOnce;
+  if (isFirst) return came == Came::some && volume.mountPoint != "/" ? pace.release : atOnce;
   const auto rest = (means_.processorTime() - begin) * pace.restFactor;
   return std::max<std::chrono::nanoseconds>(rest, pace.leastRest);
 }
 
-void UsageAccounting::keep() {
-  for (const auto& volume : volumes_) keep(*volume);
+void UsageAccounting::keepSmall() {
+  constexpr int mostPieces = 16;  // of 64 KiB
+  for (const auto& volume : volumes_)
+    keep(*volume, [pieces = 0]() mutable { return ++pieces > mostPieces; });
 }
 
-void UsageAccounting::keep(Volume& volume) {
-  if (!volume.isChanged || !volume.identity) return;
-  cache_.keep(*volume.identity, volume.record.complete, volume.record.index);
-  volume.isChanged = false;
+void UsageAccounting::keep(Volume& volume, const IsStopped& isStopped) {
+  if (volume.isChanged && volume.identity &&
+      cache_.keep(*volume.identity, volume.record.complete, volume.record.index, isStopped) ==
+          UsageCache::Came::stopped)
+    return;
+  volume.isChanged = volume.isToKeep = false;
   volume.kept = means_.now();
 }
 

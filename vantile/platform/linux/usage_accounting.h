@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "vantile/platform/linux/usage_cache.h"
@@ -24,15 +25,20 @@ struct UsagePace {
   std::chrono::nanoseconds leastRest = std::chrono::seconds(10);
   /// From the beginning of one pass over a volume to the next one's, at least.
   std::chrono::nanoseconds period = std::chrono::minutes(10);
-  /// From one record of a first pass, which goes on without rest, to the next.
+  /// From one record of a first pass to the next.
   std::chrono::nanoseconds checkpoint = std::chrono::minutes(1);
-  /// Files and folders of a first pass between two looks at the clock.
+  /// Files and folders of a first pass in one go, at most.
   std::size_t firstBatch = 65536;
+  /// How long something is held open on a volume in one go, about, for as long as it can't be
+  /// unmounted; and the rest in a first pass, in which it can. "/" takes none: it stays.
+  std::chrono::nanoseconds hold = std::chrono::milliseconds(100);
+  std::chrono::nanoseconds release = std::chrono::milliseconds(300);
 };
 
 /// Counts volumes, one at a time: those first that were never gone through, then again and again
-/// those that changed least recently. Has no thread and does not wait; whoever has it calls `turn`.
-/// Not synchronised.
+/// those that changed least recently. One that can't be counted, since memory is short, say, is
+/// left aside for a while, with one log line. Has no thread and does not wait; whoever has it calls
+/// `turn`. Not synchronised.
 class UsageAccounting {
  public:
   using Clock = std::chrono::steady_clock;
@@ -44,20 +50,30 @@ class UsageAccounting {
     std::function<Clock::time_point()> now = Clock::now;
     std::function<std::chrono::nanoseconds()> processorTime = threadProcessorTime;
     std::function<std::int64_t()> presentSecond = vantile::presentSecond;
+    /// What is mounted there, or nothing.
+    std::function<std::optional<UsageVolume>(const std::string& mountPoint)> volumeAt;
+    ContentKinds::Look kindOf = kindByDatabase;
   };
 
   explicit UsageAccounting(Means means);
   ~UsageAccounting();
 
+  using IsStopped = std::function<bool()>;
+
   /// Counts these from now on. What is known of the others is kept, and forgotten here.
-  void want(const std::vector<std::string>& mountPoints);
+  void want(const std::vector<std::string>& mountPoints, const IsStopped& isStopped);
+
+  /// Something was mounted or unmounted: the next turn looks which volumes are still the same, and
+  /// for those that were not there.
+  void lookAgain();
 
   /// Takes up what was kept, or does a piece of work. The time until the next turn; nothing where
   /// there is nothing to do. `isStopped` is asked at every file.
-  std::optional<std::chrono::nanoseconds> turn(const std::function<bool()>& isStopped);
+  std::optional<std::chrono::nanoseconds> turn(const IsStopped& isStopped);
 
-  /// Keeps what is known by now.
-  void keep();
+  /// Keeps what is known by now of volumes whose records are of a mebibyte at most, which takes
+  /// some milliseconds. Larger ones were kept a while ago.
+  void keepSmall();
 
   /// Bytes by kind of each volume that was gone through, by its mount point.
   std::map<std::string, UsageSums, std::less<>> figures() const;
@@ -71,12 +87,15 @@ class UsageAccounting {
  private:
   struct Volume;
 
+  Volume* toTakeUp();
   Volume* nextVolume();
-  bool isTheSame(Volume& volume);
-  void takeUp(Volume& volume);
-  void keep(Volume& volume);
-  std::optional<std::chrono::nanoseconds> go(Volume& volume,
-                                             const std::function<bool()>& isStopped);
+  bool isTheSame(Volume& volume, const IsStopped& isStopped);
+  void takeUp(Volume& volume, const IsStopped& isStopped);
+  void setAside(Volume& volume, std::string_view error);
+  void keep(Volume& volume, const IsStopped& isStopped);
+  std::optional<std::chrono::nanoseconds> work(Volume& volume, const IsStopped& isStopped);
+  std::chrono::nanoseconds go(Volume& volume, const IsStopped& isStopped);
+  void begin(Volume& volume);
 
   const Means means_;
   const InstalledFolders installed_;
@@ -84,6 +103,7 @@ class UsageAccounting {
   ContentKinds kinds_;
   std::vector<std::unique_ptr<Volume>> volumes_;
   std::size_t listed_ = 0;
+  bool hasFailed_ = false;
 };
 
 }  // namespace vantile

@@ -1,7 +1,9 @@
 #include "vantile/platform/linux/usage_cache.h"
 
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,12 +17,9 @@
 #include "vantile/platform/linux/folder_entries.h"
 #include "vantile/platform/linux/standard_folders.h"
 #include "vantile/platform/posix/descriptor.h"
-#include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
-
-constexpr std::size_t longestRecord = 256u << 20;
 
 /// False, with errno, where not all could be written.
 bool writeAll(int file, std::string_view text) {
@@ -50,25 +49,48 @@ std::string UsageCache::pathOf(const UsageVolume& volume) const {
   return folder_ + "/" + usageRecordName(volume);
 }
 
-std::optional<UsageRecord> UsageCache::take(const UsageVolume& volume) const {
+UsageCache::Came UsageCache::take(const UsageVolume& volume, std::optional<UsageRecord>& record,
+                                  const IsStopped& isStopped) const {
+  constexpr std::size_t pieceSize = 65536;
   const auto path = pathOf(volume);
-  const auto text = contentsOf(path, longestRecord);
-  if (!text) return std::nullopt;
-  auto record = readUsageRecord(*text, volume);
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  struct stat status = {};
+  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return Came::toTheEnd;
+  bool stopped = false;
+  std::string piece(pieceSize, '\0');
+  const UsageRecordSource source = [&]() -> std::string_view {
+    stopped = stopped || isStopped();
+    if (stopped) return {};
+    ssize_t count = 0;
+    do {
+      count = ::read(file.get(), piece.data(), piece.size());
+    } while (count < 0 && errno == EINTR);
+    return count > 0 ? std::string_view(piece).substr(0, static_cast<std::size_t>(count))
+                     : std::string_view();
+  };
+  record = readUsageRecord(source, static_cast<std::uint64_t>(status.st_size), volume);
+  if (stopped) {
+    record.reset();
+    return Came::stopped;
+  }
   if (!record) {
     logLine("usage by category: " + path + " is damaged or another volume's, and begun anew");
     ::unlink(path.c_str());
   }
-  return record;
+  return Came::toTheEnd;
 }
 
-void UsageCache::keep(const UsageVolume& volume, bool complete, const UsageIndex& index) {
-  const int error = write(volume, complete, index);
+UsageCache::Came UsageCache::keep(const UsageVolume& volume, bool complete, const UsageIndex& index,
+                                  const IsStopped& isStopped) {
+  const int error = write(volume, complete, index, isStopped);
+  if (error == ECANCELED) return Came::stopped;
   if (error != 0 && !std::exchange(hasFailed_, true))
     logLine("usage by category is not kept in " + folder_ + ": " + ::strerror(error));
+  return Came::toTheEnd;
 }
 
-int UsageCache::write(const UsageVolume& volume, bool complete, const UsageIndex& index) const {
+int UsageCache::write(const UsageVolume& volume, bool complete, const UsageIndex& index,
+                      const IsStopped& isStopped) const {
   makeForUserAlone(folder_);
   removeLeftOvers(folder_, usageRecordName(volume));
   const auto path = pathOf(volume);
@@ -76,13 +98,18 @@ int UsageCache::write(const UsageVolume& volume, bool complete, const UsageIndex
   const Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) return errno;
   int error = 0;
-  const auto sink = [&file, &error](std::string_view piece) {
-    if (error == 0 && !writeAll(file.get(), piece)) error = errno;
+  const auto sink = [&](std::string_view piece) {
+    if (isStopped()) {
+      error = ECANCELED;
+    } else if (!writeAll(file.get(), piece)) {
+      error = errno;
+    }
+    return error == 0;
   };
   sink(std::string(usageRecordHead, '\0'));
-  const auto head = writeUsageRecord(volume, complete, index, sink);
-  if (error == 0 && ::lseek(file.get(), 0, SEEK_SET) != 0) error = errno;
-  sink(head);
+  const auto head = error == 0 ? writeUsageRecord(volume, complete, index, sink) : std::nullopt;
+  if (head && ::lseek(file.get(), 0, SEEK_SET) != 0) error = errno;
+  if (head && error == 0) sink(*head);
   if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
   if (error != 0) ::unlink(temporary.c_str());
   return error;

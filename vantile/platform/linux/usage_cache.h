@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -14,17 +16,25 @@ class UsageCache {
   /// Records stand in `folder`, which is made when the first one is kept.
   explicit UsageCache(std::string folder) : folder_(std::move(folder)) {}
 
-  /// The record of the volume, or nothing. One that is damaged, or of another volume or version, is
-  /// removed, with a log line.
-  std::optional<UsageRecord> take(const UsageVolume& volume) const;
+  /// Asked before each 64 KiB that are read or written.
+  using IsStopped = std::function<bool()>;
+  enum class Came : std::uint8_t { toTheEnd, stopped };
 
-  /// Replaces the volume's record. The first time that it fails there is a log line.
-  void keep(const UsageVolume& volume, bool complete, const UsageIndex& index);
+  /// Puts the record of the volume into `record`, where there is one. One that is damaged, or of
+  /// another volume or version, is removed, with a log line.
+  Came take(const UsageVolume& volume, std::optional<UsageRecord>& record,
+            const IsStopped& isStopped) const;
+
+  /// Replaces the volume's record. Where that is stopped, the one before stays. The first time that
+  /// it fails there is a log line.
+  Came keep(const UsageVolume& volume, bool complete, const UsageIndex& index,
+            const IsStopped& isStopped);
 
  private:
   std::string pathOf(const UsageVolume& volume) const;
-  /// 0, or what went wrong.
-  int write(const UsageVolume& volume, bool complete, const UsageIndex& index) const;
+  /// 0, or what went wrong; ECANCELED where it was stopped.
+  int write(const UsageVolume& volume, bool complete, const UsageIndex& index,
+            const IsStopped& isStopped) const;
 
   const std::string folder_;
   bool hasFailed_ = false;

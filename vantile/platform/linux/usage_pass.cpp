@@ -1,7 +1,10 @@
 #include "vantile/platform/linux/usage_pass.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace vantile {
@@ -39,25 +42,37 @@ bool showsChanges(const struct statx& status, std::int64_t now) {
 
 UsagePass::Came UsagePass::run(std::size_t most, const std::function<bool()>& isStopped) {
   isStopped_ = &isStopped;
-  const auto end = asked_ + most;
-  if (!open()) {
-    letGo();
-    return Came::nowhere;
-  }
-  auto came = begun_ || begin() ? Came::toTheEnd : Came::stopped;
-  while (came == Came::toTheEnd && !levels_.empty()) {
-    if (isStopped()) {
-      came = Came::stopped;
-    } else if (asked_ >= end) {
-      came = Came::some;
-    } else if (levels_.back().next == UsageIndex::none) {
-      pop();
-    } else if (!enter()) {
-      came = Came::stopped;
-    }
-  }
+  end_ = asked_ + most;
+  until_ = means_.now() + means_.hold;
+  looks_ = 0;
+  const auto came = open() && (begun_ || begin()) ? goOn() : Came::nowhere;
   letGo();
   return came;
+}
+
+UsagePass::Came UsagePass::goOn() {
+  while (!levels_.empty()) {
+    if (isCut()) return cut_;
+    if (counting_.how != Counting::How::nothing) {
+      if (!count()) return cut_;
+    } else if (levels_.back().next == UsageIndex::none) {
+      pop();
+    } else {
+      enter();
+    }
+  }
+  return Came::toTheEnd;
+}
+
+/// Whether the part ends here. A look at the clock now and then: it costs a tenth of one at a file.
+bool UsagePass::isCut() {
+  constexpr unsigned often = 8;
+  if ((*isStopped_)()) {
+    cut_ = Came::stopped;
+    return true;
+  }
+  cut_ = Came::some;
+  return asked_ >= end_ || (++looks_ % often == 0 && means_.now() >= until_);
 }
 
 /// Opens the volume and the way to where the pass is, as far as it is still there.
@@ -79,29 +94,33 @@ bool UsagePass::open() {
     level.folder = around.folder->folder(std::string(index_.name(level.number)).c_str());
     if (!level.folder || level.folder->identity() != level.identity) {
       levels_.resize(depth);
+      counting_.how = Counting::How::nothing;
       break;
     }
     if (depth >= 2) around.folder.reset();
   }
+  if (counting_.how == Counting::How::listing)
+    ::lseek(levels_.back().folder->descriptor(), counting_.place, SEEK_SET);
   return true;
 }
 
 void UsagePass::letGo() {
+  if (!levels_.empty() && levels_.back().folder && counting_.how == Counting::How::listing)
+    counting_.place = ::lseek(levels_.back().folder->descriptor(), 0, SEEK_CUR);
   for (Level& level : levels_) level.folder.reset();
 }
 
 bool UsagePass::begin() {
   Level& first = levels_.front();
   const auto status = statusOf(first.folder->descriptor(), "", AT_EMPTY_PATH, folderMask);
-  if (!status || !count(first, *status)) return false;
-  first.next = index_.first(first.number);
+  if (!status) return false;
+  startCounting(first, *status);
   begun_ = true;
   return true;
 }
 
-/// Goes into the next folder of the innermost one. False where the pass was stopped meanwhile; then
-/// the folder is still the next one.
-bool UsagePass::enter() {
+/// Goes into the next folder of the innermost one.
+void UsagePass::enter() {
   Level& around = levels_.back();
   Level level;
   level.number = around.next;
@@ -116,7 +135,7 @@ bool UsagePass::enter() {
     const bool hasNothingToAsk = !means_.asksAgain || index_.files(level.number).empty();
     if (stands && hasNothingToAsk && index_.first(level.number) == UsageIndex::none) {
       around.next = next;
-      return true;
+      return;
     }
     level.folder = around.folder->folder(name.c_str());
   } else if (there) {
@@ -126,82 +145,102 @@ bool UsagePass::enter() {
   const auto status = level.folder
                           ? statusOf(level.folder->descriptor(), "", AT_EMPTY_PATH, folderMask)
                           : std::nullopt;
-  const bool isEntered = status && isHere(*status);
-  if (isEntered) {
+  around.next = next;
+  if (status && isHere(*status)) {
     level.identity = identityOf(*status);
     level.installed = installedAt(around, name);
-    if (!count(level, *status)) return false;
-    level.next = index_.first(level.number);
+    push(std::move(level));
+    startCounting(levels_.back(), *status);
   } else if (isGone || status) {
     index_.clear(level.number);
   }
-  around.next = next;
-  if (isEntered) push(std::move(level));
+}
+
+void UsagePass::startCounting(Level& level, const struct statx& status) {
+  using How = Counting::How;
+  const auto stamp = stampOf(status);
+  const bool stands = index_.stamp(level.number) == stamp;
+  counting_ = Counting();
+  batch_.entries.clear();
+  if (!stands) {
+    ++listed_;
+    counting_.how = How::listing;
+    counting_.stamp = showsChanges(status, means_.presentSecond()) ? stamp : 0;
+    // Many names are not to be there twice. What they came to stays until they are counted anew.
+    constexpr std::size_t many = 1u << 20;
+    if (index_.files(level.number).size() > many)
+      index_.setContents(level.number, 0, index_.sums(level.number), NameList());
+  } else if (means_.asksAgain && !index_.files(level.number).empty()) {
+    counting_.how = How::asking;
+  } else {
+    level.next = index_.first(level.number);
+  }
+}
+
+/// Counts the innermost folder. False where the part ended before that did.
+bool UsagePass::count() {
+  Level& level = levels_.back();
+  if (counting_.how == Counting::How::listing ? !list(level) : !ask(level)) return false;
+  counting_.how = Counting::How::nothing;
+  level.next = index_.first(level.number);
   return true;
 }
 
-bool UsagePass::count(Level& level, const struct statx& status) {
-  const auto stamp = stampOf(status);
-  if (index_.stamp(level.number) == stamp) return !means_.asksAgain || ask(level);
-  return list(level, showsChanges(status, means_.presentSecond()) ? stamp : 0);
-}
-
-/// Counts all that is in the folder anew. False where that did not come to an end: then nothing
-/// changed.
-bool UsagePass::list(Level& level, std::uint64_t stamp) {
-  FolderContents contents;
-  std::string folders;
+/// Counts all that is in the folder anew.
+bool UsagePass::list(const Level& level) {
   auto listed = Listed::some;
-  ++listed_;
-  while ((listed = level.folder->list(batch_)) == Listed::some) {
-    for (const FolderEntry& entry : batch_.entries) {
-      if ((*isStopped_)()) return false;
-      if (entry.kind == FileKind::folder) {
-        folders.append(entry.name).push_back('\0');
-      } else if (entry.kind == FileKind::regular) {
-        if (const auto kind = kindOf(level, entry.name)) add(level, entry.name, *kind, contents);
-      }
+  while (listed == Listed::some) {
+    while (counting_.entry < batch_.entries.size()) {
+      take(level, batch_.entries[counting_.entry++]);
+      if (isCut()) return false;
     }
+    listed = level.folder->list(batch_);
+    counting_.entry = 0;
   }
   if (listed == Listed::failed) {
     index_.setStamp(level.number, 0);  // with what was known before
     return true;
   }
-  index_.setFolders(level.number, folders);
-  index_.setContents(level.number, stamp, contents);
+  index_.setFolders(level.number, counting_.folders);
+  index_.setContents(level.number, counting_.stamp, counting_.sums, std::move(counting_.files));
   return true;
 }
 
-/// Counts anew what was counted in the folder before.
-bool UsagePass::ask(Level& level) {
-  const auto before = index_.contents(level.number);
-  FolderContents contents;
-  bool isWhole = true;
-  forEachName(before.files, [&](std::string_view name) {
-    if (!isWhole || (*isStopped_)()) {
-      isWhole = false;
-    } else if (const auto kind = kindOf(level, name)) {
-      add(level, name.data(), *kind, contents);  // a NUL follows each name
-    }
-  });
-  if (isWhole && contents != before)
-    index_.setContents(level.number, index_.stamp(level.number), contents);
-  return isWhole;
+void UsagePass::take(const Level& level, const FolderEntry& entry) {
+  if (entry.kind == FileKind::folder) {
+    counting_.folders.append(entry.name).push_back('\0');
+  } else if (entry.kind == FileKind::regular) {
+    const auto kind = kindOf(level, entry.name);
+    if (kind && add(level, entry.name, *kind)) counting_.files.append(entry.name);
+  }
 }
 
-void UsagePass::add(const Level& level, const char* name, UsageKind kind,
-                    FolderContents& contents) {
+/// Counts anew what was counted in the folder before.
+bool UsagePass::ask(const Level& level) {
+  const auto names = index_.files(level.number);
+  while (counting_.name < names.size()) {
+    const char* const name = names.data() + counting_.name;  // a NUL follows each
+    counting_.name += std::strlen(name) + 1;
+    if (const auto kind = kindOf(level, name)) add(level, name, *kind);
+    if (isCut()) return false;
+  }
+  if (counting_.sums != index_.sums(level.number)) index_.setSums(level.number, counting_.sums);
+  return true;
+}
+
+/// Whether it is a file.
+bool UsagePass::add(const Level& level, const char* name, UsageKind kind) {
   ++asked_;
   struct stat status;  // of every file that counts: the smallest record that the kernel gives
-  if (::fstatat(level.folder->descriptor(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return;
-  if (!S_ISREG(status.st_mode)) return;
+  if (::fstatat(level.folder->descriptor(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return false;
+  if (!S_ISREG(status.st_mode)) return false;
   const auto blocks = static_cast<std::uint64_t>(status.st_blocks);
-  contents.files.append(name).push_back('\0');
   if (status.st_nlink > 1) {
-    contents.linked.push_back({status.st_ino, blocks, kind});
+    counting_.sums.linked.push_back({status.st_ino, blocks, kind});
   } else {
-    contents.blocks[static_cast<std::size_t>(kind)] += blocks;
+    counting_.sums.blocks[static_cast<std::size_t>(kind)] += blocks;
   }
+  return true;
 }
 
 void UsagePass::push(Level level) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -23,9 +24,10 @@ bool showsChanges(const struct statx& status, std::int64_t now);
 
 /// One way through all folders of a volume, which brings its index up to date. Folders that did not
 /// change are not listed; what was counted in them is asked for its present size. Goes on in parts,
-/// between which it holds no descriptor and the volume can be unmounted. However deep the
-/// tree, it takes a bounded number of descriptors and no recursion. Symbolic links are not
-/// followed, other mounts not entered. Not synchronised.
+/// between which it holds no descriptor and the volume can be unmounted; a part may end within a
+/// folder, whose contents change in the index when all of it was counted. However deep the tree, it
+/// takes a bounded number of descriptors and no recursion. Symbolic links are not followed, other
+/// mounts not entered. Not synchronised.
 class UsagePass {
  public:
   struct Means {
@@ -35,20 +37,23 @@ class UsagePass {
     /// Files in folders that did not change are asked again. Not so where an interrupted pass is
     /// taken up, which asked them a while ago.
     bool asksAgain = true;
+    /// How long a part may hold the volume, about; one that is slow may take as long for a file.
+    std::chrono::nanoseconds hold = std::chrono::hours(1);
+    std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
   };
 
   enum class Came : std::uint8_t {
     toTheEnd,
-    some,     ///< of the way: as far as it was to go
-    stopped,  ///< the folder that it was in is begun anew
-    nowhere   ///< the volume can't be read
+    some,  ///< of the way: as far as it was to go
+    stopped,
+    nowhere  ///< the volume can't be read
   };
 
   UsagePass(UsageIndex& index, std::string mountPoint, Means means)
       : index_(index), mountPoint_(std::move(mountPoint)), means_(std::move(means)) {}
 
-  /// Goes on until about `most` files and folders were asked, ends behind a folder. `isStopped` is
-  /// asked at every entry.
+  /// Goes on until about `most` files and folders were asked, or the volume was held for as long as
+  /// may be. `isStopped` is asked at every entry.
   Came run(std::size_t most, const std::function<bool()>& isStopped);
 
   std::size_t listed() const { return listed_; }  ///< folders, so far
@@ -65,14 +70,30 @@ class UsagePass {
     Installed installed = Installed::none;
   };
 
+  /// What is being counted in the innermost folder.
+  struct Counting {
+    enum class How : std::uint8_t { nothing, listing, asking } how = How::nothing;
+    std::uint64_t stamp = 0;
+    std::size_t entry = 0;  // of the batch, the next one
+    long place = 0;         // in the folder, behind the batch
+    std::size_t name = 0;   // where the next one stands in the list of those to ask
+    FolderSums sums;
+    NameList files;
+    std::string folders;
+  };
+
   bool open();
   void letGo();
+  Came goOn();
   bool begin();
-  bool enter();
-  bool count(Level& level, const struct statx& status);
-  bool list(Level& level, std::uint64_t stamp);
-  bool ask(Level& level);
-  void add(const Level& level, const char* name, UsageKind kind, FolderContents& contents);
+  void enter();
+  void startCounting(Level& level, const struct statx& status);
+  bool count();
+  bool list(const Level& level);
+  bool ask(const Level& level);
+  void take(const Level& level, const FolderEntry& entry);
+  bool add(const Level& level, const char* name, UsageKind kind);
+  bool isCut();
   void push(Level level);
   void pop();
   bool isHere(const struct statx& status) const;
@@ -83,10 +104,15 @@ class UsagePass {
   const std::string mountPoint_;
   const Means means_;
   const std::function<bool()>* isStopped_ = nullptr;
+  std::size_t end_ = 0;  // of this part
+  std::chrono::steady_clock::time_point until_;
+  unsigned looks_ = 0;
+  Came cut_ = Came::some;
   std::uint64_t device_ = 0, mount_ = 0;
   bool begun_ = false;
   std::vector<Level> levels_;
   FolderBatch batch_;
+  Counting counting_;
   std::size_t listed_ = 0, asked_ = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "vantile/platform/parsers/packed_contents.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vantile {
 namespace {
@@ -9,9 +10,9 @@ constexpr std::uint64_t mostBlocks = std::uint64_t{1} << 54;  // 2^63 bytes
 constexpr unsigned kindBits = 2;
 
 /// The numbers of a text, its names left.
-std::optional<FolderContents> numbersIn(std::string_view& text) {
-  FolderContents contents;
-  for (auto& blocks : contents.blocks) {
+std::optional<FolderSums> numbersIn(std::string_view& text) {
+  FolderSums sums;
+  for (auto& blocks : sums.blocks) {
     const auto number = takePacked(text);
     if (!number) return std::nullopt;
     blocks = *number;
@@ -22,10 +23,17 @@ std::optional<FolderContents> numbersIn(std::string_view& text) {
     const auto inode = takePacked(text);
     const auto rest = inode ? takePacked(text) : std::nullopt;
     if (!rest) return std::nullopt;
-    contents.linked.push_back(
+    sums.linked.push_back(
         {*inode, *rest >> kindBits, static_cast<UsageKind>(*rest & ((1u << kindBits) - 1))});
   }
-  return contents;
+  return sums;
+}
+
+bool areNames(std::string_view text) {
+  if (!text.empty() && text.back() != '\0') return false;
+  bool areAll = true;
+  forEachName(text, [&areAll](std::string_view name) { areAll &= isEntryName(name); });
+  return areAll;
 }
 
 }  // namespace
@@ -49,27 +57,29 @@ std::optional<std::uint64_t> takePacked(std::string_view& text) {
   return std::nullopt;
 }
 
-void appendPacked(std::string& text, const FolderContents& contents) {
-  if (contents == FolderContents()) return;
-  for (const auto blocks : contents.blocks) appendPacked(text, blocks);
-  appendPacked(text, contents.linked.size());
-  for (const auto& file : contents.linked) {
+void appendPacked(std::string& text, const FolderSums& sums) {
+  for (const auto blocks : sums.blocks) appendPacked(text, blocks);
+  appendPacked(text, sums.linked.size());
+  for (const auto& file : sums.linked) {
     appendPacked(text, file.inode);
     appendPacked(text, std::min(file.blocks, mostBlocks) << kindBits |
                            static_cast<std::uint64_t>(file.kind));
   }
-  text.append(contents.files);
 }
 
 std::optional<FolderContents> contentsIn(std::string_view text) {
   if (text.empty()) return FolderContents();
-  auto contents = numbersIn(text);
-  if (!contents || (!text.empty() && text.back() != '\0')) return std::nullopt;
-  bool areNames = true;
-  forEachName(text, [&areNames](std::string_view name) { areNames &= isEntryName(name); });
-  if (!areNames) return std::nullopt;
-  contents->files = text;
-  return contents;
+  auto sums = numbersIn(text);
+  if (!sums || !areNames(text)) return std::nullopt;
+  return FolderContents{std::move(*sums), std::string(text)};
+}
+
+bool isPackedContents(std::string_view text) {
+  return text.empty() || (numbersIn(text) && areNames(text));
+}
+
+FolderSums sumsIn(std::string_view text) {
+  return text.empty() ? FolderSums() : numbersIn(text).value_or(FolderSums());
 }
 
 std::string_view filesIn(std::string_view text) {

@@ -14,7 +14,41 @@ std::string_view contentsPart(std::string_view packed) {
   return end == packed.npos ? std::string_view() : packed.substr(end + 1);
 }
 
+std::string withEnd(std::string_view name) {
+  std::string packed;
+  packed.reserve(name.size() + 1);
+  packed.append(name).push_back('\0');
+  return packed;
+}
+
 }  // namespace
+
+void NameList::append(std::string_view name) {
+  constexpr std::size_t pieceSize = 65536;
+  if (pieces_.empty() || pieces_.back().size() + name.size() >= pieceSize) {
+    const bool areMany = !pieces_.empty();
+    pieces_.emplace_back();
+    if (areMany) pieces_.back().reserve(pieceSize);
+  }
+  pieces_.back().append(name).push_back('\0');
+  size_ += name.size() + 1;
+}
+
+void NameList::add(std::string piece) {
+  size_ += piece.size();
+  pieces_.push_back(std::move(piece));
+}
+
+void NameList::moveTo(std::string& text) {
+  text.reserve(text.size() + size_);
+  for (auto& piece : pieces_) text.append(std::exchange(piece, std::string()));
+  clear();
+}
+
+void NameList::clear() {
+  pieces_.clear();
+  size_ = 0;
+}
 
 std::string_view UsageIndex::name(Number folder) const {
   return folders_[folder].packed.c_str();
@@ -24,21 +58,41 @@ FolderContents UsageIndex::contents(Number folder) const {
   return contentsIn(contentsPart(packed(folder))).value_or(FolderContents());
 }
 
+FolderSums UsageIndex::sums(Number folder) const {
+  return sumsIn(contentsPart(packed(folder)));
+}
+
 std::string_view UsageIndex::files(Number folder) const {
   return filesIn(contentsPart(packed(folder)));
 }
 
 void UsageIndex::setContents(Number folder, std::uint64_t stamp, const FolderContents& contents) {
+  setContents(folder, stamp, contents, NameList(contents.files));
+}
+
+void UsageIndex::setContents(Number folder, std::uint64_t stamp, const FolderSums& sums,
+                             NameList files) {
   Folder& changed = folders_[folder];
-  drop(this->contents(folder));
-  std::string packed(name(folder));
-  packed.push_back('\0');
-  appendPacked(packed, contents);
-  packed.shrink_to_fit();
-  changed.packed = std::move(packed);
+  drop(this->sums(folder));
+  auto begin = withEnd(name(folder));
+  if (files.size() > 0 || sums != FolderSums()) appendPacked(begin, sums);
+  std::string().swap(changed.packed);  // first: there may be many names, and = keeps their memory
+  changed.packed.reserve(begin.size() + files.size());
+  changed.packed.append(begin);
+  files.moveTo(changed.packed);
   changed.stamp = stamp;
   // As it is kept: what is dropped one day has to be what was taken.
-  take(this->contents(folder));
+  take(this->sums(folder));
+}
+
+void UsageIndex::setSums(Number folder, const FolderSums& sums) {
+  drop(this->sums(folder));
+  std::string numbers;
+  appendPacked(numbers, sums);
+  auto& packed = folders_[folder].packed;
+  const auto begin = name(folder).size() + 1;
+  packed.replace(begin, packed.size() - begin - files(folder).size(), numbers);
+  take(this->sums(folder));
 }
 
 void UsageIndex::setFolders(Number folder, std::string_view names) {
@@ -51,7 +105,7 @@ void UsageIndex::setFolders(Number folder, std::string_view names) {
   folders_[folder].first = none;
   forEachName(names, [&](std::string_view each) {
     const auto known = before.extract(each);
-    const auto number = known ? known.mapped() : make(each);
+    const auto number = known ? known.mapped() : make(withEnd(each));
     (last == none ? folders_[folder].first : folders_[last].next) = number;
     last = number;
   });
@@ -66,19 +120,24 @@ void UsageIndex::clear(Number folder) {
 }
 
 UsageIndex::Number UsageIndex::addPacked(Number parent, Number previous, std::uint64_t stamp,
-                                         std::string_view packed) {
-  const auto folderName = packed.substr(0, packed.find('\0'));
-  const auto contents = contentsIn(contentsPart(packed));
+                                         std::string packed) {
+  const auto end = packed.find('\0');
   const bool isRoot = parent == none;
-  if (!contents || folderName.size() == packed.size() || isRoot == isEntryName(folderName))
+  if (end == packed.npos || isRoot == isEntryName(std::string_view(packed).substr(0, end)) ||
+      !isPackedContents(contentsPart(packed)))
     return none;
-  const auto number = isRoot ? root : make(folderName);
+  if (isRoot) {
+    drop(this->sums(root));
+    folders_[root].packed = std::move(packed);
+  }
+  const auto number = isRoot ? root : make(std::move(packed));
   if (!isRoot) (previous == none ? folders_[parent].first : folders_[previous].next) = number;
-  setContents(number, stamp, *contents);
+  folders_[number].stamp = stamp;
+  take(sums(number));
   return number;
 }
 
-UsageIndex::Number UsageIndex::make(std::string_view name) {
+UsageIndex::Number UsageIndex::make(std::string packed) {
   auto number = static_cast<Number>(folders_.size());
   if (free_.empty()) {
     folders_.emplace_back();
@@ -86,9 +145,7 @@ UsageIndex::Number UsageIndex::make(std::string_view name) {
     number = free_.back();
     free_.pop_back();
   }
-  std::string packed;
-  packed.reserve(name.size() + 1);
-  folders_[number].packed = std::move(packed.append(name).append(1, '\0'));
+  folders_[number].packed = std::move(packed);
   return number;
 }
 
@@ -99,24 +156,25 @@ void UsageIndex::release(Number folder) {
     const auto number = going.back();
     going.pop_back();
     for (auto at = first(number); at != none; at = next(at)) going.push_back(at);
-    drop(contents(number));
-    folders_[number] = Folder();
+    drop(sums(number));
+    Folder gone;
+    std::swap(folders_[number], gone);  // with its memory
     free_.push_back(number);
   }
 }
 
-void UsageIndex::take(const FolderContents& contents) {
-  for (std::size_t kind = 0; kind < usageKinds; ++kind) total_[kind] += contents.blocks[kind];
-  for (const auto& file : contents.linked)
+void UsageIndex::take(const FolderSums& sums) {
+  for (std::size_t kind = 0; kind < usageKinds; ++kind) total_[kind] += sums.blocks[kind];
+  for (const auto& file : sums.linked)
     change(file, [&file](Names& names) {
       names.blocks = file.blocks;
       ++names.known[static_cast<std::size_t>(file.kind)];
     });
 }
 
-void UsageIndex::drop(const FolderContents& contents) {
-  for (std::size_t kind = 0; kind < usageKinds; ++kind) total_[kind] -= contents.blocks[kind];
-  for (const auto& file : contents.linked)
+void UsageIndex::drop(const FolderSums& sums) {
+  for (std::size_t kind = 0; kind < usageKinds; ++kind) total_[kind] -= sums.blocks[kind];
+  for (const auto& file : sums.linked)
     change(file, [&file](Names& names) { --names.known[static_cast<std::size_t>(file.kind)]; });
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "vantile/platform/parsers/name_kinds.h"
@@ -22,10 +23,14 @@ struct LinkedFile {
 };
 
 /// What was counted in a folder itself. Blocks are of 512 bytes, on the disk.
-struct FolderContents {
+struct FolderSums {
   UsageSums blocks = {};           ///< of the files that have one name
   std::vector<LinkedFile> linked;  ///< a file once for each of its names here
-  std::string files;               ///< names of all that were counted, each with its NUL
+  friend bool operator==(const FolderSums&, const FolderSums&) = default;
+};
+
+struct FolderContents : FolderSums {
+  std::string files;  ///< names of all that were counted, each with its NUL
   friend bool operator==(const FolderContents&, const FolderContents&) = default;
 };
 
@@ -38,6 +43,27 @@ void forEachName(std::string_view names, Take take) {
     names.remove_prefix(name.size() < names.size() ? name.size() + 1 : name.size());
   }
 }
+
+/// Names, each with its NUL, of however many files: a text that doubled each time that it is full
+/// would take three times their length.
+class NameList {
+ public:
+  NameList() = default;
+  explicit NameList(std::string names) { add(std::move(names)); }
+
+  void append(std::string_view name);
+  /// In bytes.
+  std::size_t size() const { return size_; }
+  /// Puts all behind `text`, and leaves none.
+  void moveTo(std::string& text);
+  void clear();
+
+ private:
+  void add(std::string piece);
+
+  std::vector<std::string> pieces_;
+  std::size_t size_ = 0;
+};
 
 /// The folders of a volume and what was counted in them, packed: 48 bytes a folder and its name,
 /// names of counted files, a few bytes a sum. A file of several names counts once, by the kind of
@@ -58,6 +84,8 @@ class UsageIndex {
   // A folder's own. Texts are valid until it is changed.
   std::string_view name(Number folder) const;
   FolderContents contents(Number folder) const;
+  /// The same without the names.
+  FolderSums sums(Number folder) const;
   /// Names of its counted files, each with its NUL.
   std::string_view files(Number folder) const;
   /// By what it is seen to have changed, as of when it was listed; 0 where it is to be listed.
@@ -67,6 +95,10 @@ class UsageIndex {
   Number next(Number folder) const { return folders_[folder].next; }
 
   void setContents(Number folder, std::uint64_t stamp, const FolderContents& contents);
+  /// The same of names that it takes, so that they are there once.
+  void setContents(Number folder, std::uint64_t stamp, const FolderSums& sums, NameList files);
+  /// What the files of those names come to now.
+  void setSums(Number folder, const FolderSums& sums);
   void setStamp(Number folder, std::uint64_t stamp) { folders_[folder].stamp = stamp; }
   /// Makes the names in `names` the folders in `folder`. Those that were there stay as they are.
   void setFolders(Number folder, std::string_view names);
@@ -77,7 +109,7 @@ class UsageIndex {
   std::string_view packed(Number folder) const { return folders_[folder].packed; }
   /// Adds a folder as it was kept behind `previous`, or where that is none as the first one in
   /// `parent`; `none` where it can't be read. The root replaces itself.
-  Number addPacked(Number parent, Number previous, std::uint64_t stamp, std::string_view packed);
+  Number addPacked(Number parent, Number previous, std::uint64_t stamp, std::string packed);
 
  private:
   struct Folder {
@@ -91,10 +123,10 @@ class UsageIndex {
     std::array<std::uint32_t, usageKinds> known = {};
   };
 
-  Number make(std::string_view name);
+  Number make(std::string packed);
   void release(Number folder);
-  void take(const FolderContents& contents);
-  void drop(const FolderContents& contents);
+  void take(const FolderSums& sums);
+  void drop(const FolderSums& sums);
   template <class Change>
   void change(const LinkedFile& file, Change change);
 

@@ -10,7 +10,7 @@ namespace vantile {
 namespace {
 
 // A change of what is written, or of what counts as what, needs a further number.
-constexpr std::string_view version = "vantile usage 1\n";
+constexpr std::string_view version = "vantile usage 2\n";
 
 /// A checksum against damage, FNV-1a.
 class Checksum {
@@ -31,43 +31,111 @@ void appendFixed(std::string& text, std::uint64_t number) {
   for (int shift = 0; shift < 64; shift += 8) text.push_back(static_cast<char>(number >> shift));
 }
 
-std::optional<std::uint64_t> takeFixed(std::string_view& text) {
-  if (text.size() < sizeof(std::uint64_t)) return std::nullopt;
-  std::uint64_t number = 0;
-  for (unsigned at = 0; at < sizeof number; ++at)
-    number |= std::uint64_t{static_cast<unsigned char>(text[at])} << (8 * at);
-  text.remove_prefix(sizeof number);
-  return number;
-}
-
 void appendText(std::string& text, std::string_view written) {
   appendPacked(text, written.size());
   text.append(written);
-}
-
-std::optional<std::string_view> takeText(std::string_view& text) {
-  const auto size = takePacked(text);
-  if (!size || *size > text.size()) return std::nullopt;
-  const auto taken = text.substr(0, static_cast<std::size_t>(*size));
-  text.remove_prefix(taken.size());
-  return taken;
 }
 
 std::string volumePart(const UsageVolume& volume) {
   std::string text;
   appendFixed(text, volume.fileSystem);
   appendFixed(text, volume.root);
+  appendText(text, volume.identifier);
   appendText(text, volume.mountPoint);
   return text;
 }
 
-void appendFolder(std::string& text, const UsageIndex& index, UsageIndex::Number folder) {
+/// What stands before a folder itself.
+std::string folderPart(const UsageIndex& index, UsageIndex::Number folder) {
   std::uint64_t below = 0;
   for (auto at = index.first(folder); at != UsageIndex::none; at = index.next(at)) ++below;
+  std::string text;
   appendFixed(text, index.stamp(folder));
   appendPacked(text, below);
-  appendText(text, index.packed(folder));
+  appendPacked(text, index.packed(folder).size());
+  return text;
 }
+
+/// Hands on what is written in pieces of one size, and adds it up.
+class Writer {
+ public:
+  explicit Writer(const std::function<bool(std::string_view piece)>& sink) : sink_(sink) {}
+
+  /// False once the sink wants no more.
+  bool add(std::string_view text) {
+    constexpr std::size_t pieceSize = 65536;
+    while (!text.empty()) {
+      const auto part = text.substr(0, pieceSize - piece_.size());
+      piece_.append(part);
+      text.remove_prefix(part.size());
+      if (piece_.size() == pieceSize && !flush()) return false;
+    }
+    return true;
+  }
+  bool flush() {
+    checksum_.add(piece_);
+    const bool goesOn = sink_(piece_);
+    piece_.clear();
+    return goesOn;
+  }
+  std::uint64_t sum() const { return checksum_.sum(); }
+
+ private:
+  const std::function<bool(std::string_view piece)>& sink_;
+  std::string piece_;
+  Checksum checksum_;
+};
+
+/// Takes a record apart as it comes.
+class Reader {
+ public:
+  Reader(const UsageRecordSource& source, std::uint64_t size) : source_(source), left_(size) {}
+
+  bool isAtEnd() const { return left_ == 0; }
+  std::uint64_t sum() const { return checksum_.sum(); }
+  void beginSum() { checksum_ = Checksum(); }
+
+  std::optional<std::string> text(std::uint64_t size) {
+    if (size > left_) return std::nullopt;
+    std::string taken;
+    taken.reserve(static_cast<std::size_t>(size));
+    while (taken.size() < size) {
+      if (piece_.empty()) piece_ = source_();
+      if (piece_.empty()) return std::nullopt;
+      const auto part = piece_.substr(0, static_cast<std::size_t>(size) - taken.size());
+      taken.append(part);
+      checksum_.add(part);
+      piece_.remove_prefix(part.size());
+      left_ -= part.size();
+    }
+    return taken;
+  }
+  std::optional<std::uint64_t> fixed() {
+    const auto bytes = text(sizeof(std::uint64_t));
+    if (!bytes) return std::nullopt;
+    std::uint64_t number = 0;
+    for (unsigned at = 0; at < sizeof number; ++at)
+      number |= std::uint64_t{static_cast<unsigned char>((*bytes)[at])} << (8 * at);
+    return number;
+  }
+  std::optional<std::uint64_t> packed() {
+    constexpr std::size_t longest = 10;
+    std::string bytes;
+    do {
+      const auto byte = text(1);
+      if (!byte || bytes.size() == longest) return std::nullopt;
+      bytes += *byte;
+    } while (static_cast<unsigned char>(bytes.back()) >= 128);
+    std::string_view number = bytes;
+    return takePacked(number);
+  }
+
+ private:
+  const UsageRecordSource& source_;
+  std::uint64_t left_;
+  std::string_view piece_;
+  Checksum checksum_;
+};
 
 /// A folder some of whose folders are still to be read.
 struct Begun {
@@ -76,7 +144,7 @@ struct Begun {
 };
 
 /// Folders stand before what is in them.
-bool readFolders(std::string_view text, UsageIndex& index) {
+bool readFolders(Reader& reader, UsageIndex& index) {
   std::vector<Begun> around = {{UsageIndex::none, UsageIndex::none, 1}};
   while (!around.empty()) {
     if (around.back().left == 0) {
@@ -84,17 +152,18 @@ bool readFolders(std::string_view text, UsageIndex& index) {
       continue;
     }
     --around.back().left;
-    const auto stamp = takeFixed(text);
-    const auto below = stamp ? takePacked(text) : std::nullopt;
-    const auto packed = below ? takeText(text) : std::nullopt;
+    const auto stamp = reader.fixed();
+    const auto below = stamp ? reader.packed() : std::nullopt;
+    const auto size = below ? reader.packed() : std::nullopt;
+    auto packed = size ? reader.text(*size) : std::nullopt;
     if (!packed) return false;
     auto& parent = around.back();
-    const auto number = index.addPacked(parent.folder, parent.last, *stamp, *packed);
+    const auto number = index.addPacked(parent.folder, parent.last, *stamp, std::move(*packed));
     if (number == UsageIndex::none) return false;
     parent.last = number;
     around.push_back({number, UsageIndex::none, *below});
   }
-  return text.empty();
+  return reader.isAtEnd();
 }
 
 }  // namespace
@@ -108,47 +177,38 @@ std::string usageRecordName(const UsageVolume& volume) {
   return name;
 }
 
-std::string writeUsageRecord(const UsageVolume& volume, bool complete, const UsageIndex& index,
-                             const std::function<void(std::string_view piece)>& sink) {
-  constexpr std::size_t pieceSize = 65536;
-  Checksum checksum;
-  std::string piece = volumePart(volume);
-  piece.push_back(complete ? '\1' : '\0');
-  const auto flush = [&] {
-    checksum.add(piece);
-    sink(piece);
-    piece.clear();
-  };
+std::optional<std::string> writeUsageRecord(
+    const UsageVolume& volume, bool complete, const UsageIndex& index,
+    const std::function<bool(std::string_view piece)>& sink) {
+  Writer writer(sink);
+  bool goesOn = writer.add(volumePart(volume) + (complete ? '\1' : '\0'));
   std::vector<UsageIndex::Number> next = {UsageIndex::root};
-  while (!next.empty()) {
+  while (goesOn && !next.empty()) {
     const auto folder = next.back();
     next.pop_back();
-    appendFolder(piece, index, folder);
+    goesOn = writer.add(folderPart(index, folder)) && writer.add(index.packed(folder));
     if (folder != UsageIndex::root && index.next(folder) != UsageIndex::none)
       next.push_back(index.next(folder));
     if (index.first(folder) != UsageIndex::none) next.push_back(index.first(folder));
-    if (piece.size() >= pieceSize) flush();
   }
-  flush();
+  if (!goesOn || !writer.flush()) return std::nullopt;
   std::string head(version);
-  appendFixed(head, checksum.sum());
+  appendFixed(head, writer.sum());
   return head;
 }
 
-std::optional<UsageRecord> readUsageRecord(std::string_view text, const UsageVolume& volume) {
-  if (!text.starts_with(version)) return std::nullopt;
-  text.remove_prefix(version.size());
-  const auto sum = takeFixed(text);
-  Checksum checksum;
-  checksum.add(text);
+std::optional<UsageRecord> readUsageRecord(const UsageRecordSource& source, std::uint64_t size,
+                                           const UsageVolume& volume) {
+  Reader reader(source, size);
+  if (reader.text(version.size()) != version) return std::nullopt;
+  const auto sum = reader.fixed();
+  reader.beginSum();
   const auto known = volumePart(volume);
-  if (sum != checksum.sum() || !text.starts_with(known)) return std::nullopt;
-  text.remove_prefix(known.size());
-  if (text.empty()) return std::nullopt;
+  if (!sum || reader.text(known.size()) != known) return std::nullopt;
+  const auto complete = reader.text(1);
   UsageRecord record;
-  record.complete = text.front() == '\1';
-  text.remove_prefix(1);
-  if (!readFolders(text, record.index)) return std::nullopt;
+  if (!complete || !readFolders(reader, record.index) || reader.sum() != *sum) return std::nullopt;
+  record.complete = *complete == "\1";
   return record;
 }
 

@@ -12,9 +12,12 @@ namespace vantile {
 
 /// By what a volume is known again.
 struct UsageVolume {
-  std::uint64_t fileSystem = 0;  ///< its identifier
+  std::uint64_t fileSystem = 0;  ///< what statfs identifies it by
   std::uint64_t root = 0;        ///< inode of the mounted folder
-  std::string mountPoint;
+  /// What it was given when it was made, a UUID or a serial number; where nobody tells that, its
+  /// device and size, if it has a device.
+  std::string identifier = {};
+  std::string mountPoint = {};
   friend bool operator==(const UsageVolume&, const UsageVolume&) = default;
 };
 
@@ -28,12 +31,19 @@ struct UsageRecord {
 };
 
 /// Writes a record piece by piece to `sink`, all but what it begins with, which is known at the end
-/// and returned: `usageRecordHead` bytes, for the file's beginning.
-std::string writeUsageRecord(const UsageVolume& volume, bool complete, const UsageIndex& index,
-                             const std::function<void(std::string_view piece)>& sink);
+/// and returned: `usageRecordHead` bytes, for the file's beginning. Nothing where the sink returned
+/// false, upon which it ends.
+std::optional<std::string> writeUsageRecord(
+    const UsageVolume& volume, bool complete, const UsageIndex& index,
+    const std::function<bool(std::string_view piece)>& sink);
 constexpr std::size_t usageRecordHead = 24;
 
-/// The record in a text, or nothing where it is none of this volume's or version, or damaged.
-std::optional<UsageRecord> readUsageRecord(std::string_view text, const UsageVolume& volume);
+/// The next piece of a record, valid until the next is asked for; an empty one at its end.
+using UsageRecordSource = std::function<std::string_view()>;
+
+/// The record of `size` bytes that comes in pieces, or nothing where it is none of this volume's or
+/// version, or damaged. Of the text it keeps no more than a folder at a time.
+std::optional<UsageRecord> readUsageRecord(const UsageRecordSource& source, std::uint64_t size,
+                                           const UsageVolume& volume);
 
 }  // namespace vantile
