@@ -40,7 +40,7 @@ class FakeConfigurationStore final : public ConfigurationStore {
     return *held;
   }
 
-  bool refuses = false;
+  bool refuses = false, tellsEveryChange = false;
   std::map<std::string, std::shared_ptr<Dictionary>, std::less<>> values;
   std::function<void()> notify;  ///< tells the session of a change
   std::string sessionName;
@@ -62,6 +62,7 @@ class FakeConfigurationStore final : public ConfigurationStore {
       const auto found = store_.values.find(key);
       return found == store_.values.end() ? nullptr : found->second;
     }
+    bool tellsEveryChange() const override { return store_.tellsEveryChange; }
 
    private:
     FakeConfigurationStore& store_;

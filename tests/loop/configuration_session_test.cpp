@@ -37,6 +37,21 @@ TEST(ConfigurationSession, KnowsEverythingOnceItIsOpen) {
   });
 }
 
+TEST(ConfigurationSession, NothingChangesUntilItIsTold) {
+  onNewThread([](Session& it) {
+    ASSERT_TRUE(it.open());
+    EXPECT_TRUE(it.session->tellsEveryChange());
+    EXPECT_EQ(it.devices(), Texts{"eth0"});
+    it.tell(message(RTM_NEWLINK, linkPayload(3, "eth1", running)));
+    it.connections = {{"u-1", "Home", "eth0", "802-3-ethernet", true}};
+    it.managerChanged();
+    EXPECT_EQ(it.devices(), Texts{"eth0"});
+    it.serve();
+    EXPECT_GE(it.told, 1);
+    EXPECT_EQ(it.devices(), (Texts{"eth0", "eth1"}));
+  });
+}
+
 TEST(ConfigurationSession, IsNotOpenedWhereAStepFails) {
   onNewThread([](Session& it) {
     for (const std::uint16_t type : {RTM_GETLINK, RTM_GETADDR, RTM_GETROUTE}) {

@@ -69,6 +69,7 @@ void NetManage::clearHistory() {
   primaryService.reset();
   serviceToName.clear();
   nameToService.clear();
+  nobodys_.reset();
   serviceSpeed.clear();
   underlyingInterface.clear();
   interfaceUp.clear();
@@ -149,6 +150,7 @@ NetManage::Text NetManage::queryServiceWithInterfaceName(TextArgument name) {
   const std::lock_guard turn(turn_);
   if (!name) return std::nullopt;
   if (const auto hit = nameToService.find(*name); hit != nameToService.end()) return hit->second;
+  if (nobodys_ == *name) return std::nullopt;
   const auto order = serviceOrder();
   if (!order) return std::nullopt;
   for (const Value& each : *order) {
@@ -156,6 +158,7 @@ NetManage::Text NetManage::queryServiceWithInterfaceName(TextArgument name) {
     if (serviceID && hasInterface(*serviceID, *name))
       return nameToService.emplace(*name, *serviceID).first->second;
   }
+  if (scSession->tellsEveryChange()) nobodys_ = *name;
   return std::nullopt;
 }
 

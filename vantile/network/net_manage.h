@@ -115,6 +115,7 @@ class VANTILE_API NetManage final {
   Text primaryName, primaryService;
   Cache<std::string> serviceToName;
   Cache<std::string> nameToService;
+  Text nobodys_;  // the interface that no service was found to have last
   Cache<std::uint64_t> serviceSpeed;
   Cache<std::string> underlyingInterface;
   Cache<bool> interfaceUp;

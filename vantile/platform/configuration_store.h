@@ -31,6 +31,10 @@ class ConfigurationSession {
   /// Linux: dictionaries of the same keys and values, made from rtnetlink's links, addresses and
   /// routes, the resolver's servers and, where it is on the bus, NetworkManager's connections.
   virtual std::shared_ptr<const Dictionary> value(std::string_view key) = 0;
+
+  /// Whether no value changes without being told, so that also an absence holds until then.
+  /// macOS: no, only the keys asked for are told. Linux: yes.
+  virtual bool tellsEveryChange() const { return false; }
 };
 
 /// The store of the machine's network configuration.

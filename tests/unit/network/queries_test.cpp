@@ -87,6 +87,18 @@ TEST_F(Queries, ThatNoServiceHasAnInterfaceIsNotKept) {
   EXPECT_EQ(manage().queryServiceWithInterfaceName("en4"), "B");
 }
 
+TEST_F(Queries, WhereEveryChangeIsToldThatNoServiceHasAnInterfaceIsKeptUntilThen) {
+  store.tellsEveryChange = true;
+  EXPECT_EQ(reads([this] { return manage_->queryServiceWithInterfaceName("en4"); }), Reads(5, 0));
+  EXPECT_EQ(manage().queryServiceWithInterfaceName("en5"), std::nullopt);
+  add("B", "en4");
+  add("A", "en5");
+  EXPECT_EQ(manage().queryServiceWithInterfaceName("en4"), "B") << "one name is kept";
+  EXPECT_EQ(manage().queryServiceWithInterfaceName("en5"), std::nullopt);
+  change();
+  EXPECT_EQ(manage().queryServiceWithInterfaceName("en5"), "A");
+}
+
 TEST_F(Queries, WithoutAnOrderNoServiceIsFound) {
   store.values.erase("Setup:/Network/Global/IPv4");
   EXPECT_EQ(manage().queryServiceWithInterfaceName("en0"), std::nullopt);

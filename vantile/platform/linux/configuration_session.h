@@ -34,6 +34,7 @@ class LinuxConfigurationSession final : public ConfigurationSession {
                                                          std::function<void()> changed);
 
   std::shared_ptr<const Dictionary> value(std::string_view key) override;
+  bool tellsEveryChange() const override { return true; }
 
  private:
   /// What has to be asked for anew.
