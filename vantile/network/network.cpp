@@ -17,14 +17,36 @@
 namespace vantile {
 namespace {
 
-/// Whether the service counts as active: unless its link is not, or its PPP link's status is 0.
-bool isActive(const Dictionary& entry) {
-  if (const Value* const status = entry.find(keys::ppp_status_info)) {
-    const auto* const held = status->as<std::shared_ptr<Dictionary>>();
-    if (held && *held && (*held)->uint64(keys::status).value_or(0) == 0) return false;
+/// What a sample needs of a service's entry, found in one walk over it: with many services that is
+/// most of what there is to do. Valid until the entry is changed.
+struct Present {
+  explicit Present(const Dictionary& entry) {
+    for (const auto& each : entry) {
+      const auto key = each.key();
+      const Value* const value = &each.value;
+      if (key == keys::service_id) service = value;
+      if (key == keys::device_name) device = value->as<std::string>();
+      if (key == keys::device_ppp_name) link = value->as<std::string>();
+      if (key == keys::ppp_status_info) status = value;
+      if (key == keys::linkactive_status) linkActive = value;
+      if (key == keys::is_active_interface) active = value->as<bool>();
+      if (key == keys::throughput_details) details = value->as<Details>();
+    }
   }
-  return truthOf(entry.find(keys::linkactive_status)).value_or(true);
-}
+
+  /// Whether the service counts as active: unless its link is not, or its PPP link's status is 0.
+  bool isActive() const {
+    const auto* const held = status ? status->as<std::shared_ptr<Dictionary>>() : nullptr;
+    if (held && *held && (*held)->uint64(keys::status).value_or(0) == 0) return false;
+    return truthOf(linkActive).value_or(true);
+  }
+
+  using Details = std::shared_ptr<Dictionary>;
+  const Value *service = nullptr, *status = nullptr, *linkActive = nullptr;
+  const std::string *device = nullptr, *link = nullptr;
+  const bool* active = nullptr;
+  const Details* details = nullptr;
+};
 
 /// The value under `key`, looked for from `place` on, which becomes the one behind it: as a rule
 /// services come in the order of their interfaces.
@@ -78,10 +100,8 @@ void Network::sample() {
   std::size_t place = 0;
   for (const Value& each : *services) {
     const auto* const held = each.as<std::shared_ptr<Dictionary>>();
-    if (!held || !*held || !(*held)->contains(keys::service_id)) continue;
-    (*held)->set(keys::is_active_interface, isActive(**held));
-    addThroughput(**held, place);
-    tell(delegate(), &NetworkDelegate::networkStatus, *services);
+    if (held && *held && decorate(**held, place))
+      tell(delegate(), &NetworkDelegate::networkStatus, *services);
   }
 }
 
@@ -101,17 +121,25 @@ double Network::sinceLastSample() const {
   return std::chrono::duration<double>(ports_->now() - *lastSampleDate).count();
 }
 
-/// PPP over Ethernet is read from the Ethernet device.
-void Network::addThroughput(Dictionary& entry, std::size_t& place) {
-  const auto* const device = entry.text(keys::device_name);
-  const auto* const link = entry.text(keys::device_ppp_name);
+/// Whether the entry is a service's, which then says whether that is active and what it moved. PPP
+/// over Ethernet is read from the Ethernet device.
+bool Network::decorate(Dictionary& entry, std::size_t& place) {
+  const Present present(entry);
+  if (!present.service) return false;
+  const auto *const device = present.device, *const link = present.link;
   const bool overEthernet = link && device && netManage->isEthernet(*device);
   const auto* const name = link && !overEthernet ? link : device;
   const auto& sample = history_->newest();
-  const Value* const details = name && sample ? findFrom(*sample, place, *name) : nullptr;
-  if (!details) return;
-  entry.set(keys::throughput_details, *details);
+  const Value* const found = name && sample ? findFrom(*sample, place, *name) : nullptr;
+  const auto* const details = found ? found->as<Present::Details>() : nullptr;
+  const bool active = present.isActive();
+  const bool sameActivity = present.active && *present.active == active;
+  const bool sameDetails = details && present.details && *present.details == *details;
+  if (!sameActivity) entry.set(keys::is_active_interface, active);
+  if (!details) return true;
+  if (!sameDetails) entry.set(keys::throughput_details, *details);
   entry.set(keys::sampling_interval, history_->newestInterval());
+  return true;
 }
 
 }  // namespace vantile

@@ -63,11 +63,10 @@ class VANTILE_API Network final : public Monitor<NetworkDelegate> {
   void sample();
   std::shared_ptr<Array> takeSample();
   double sinceLastSample() const;
-  void addThroughput(Dictionary& entry, std::size_t& place);
+  bool decorate(Dictionary& entry, std::size_t& place);
 
   const std::unique_ptr<const NetworkPorts> ports_;
-  std::recursive_mutex
-      sampleLock_;  // over a sample and its delegate calls, which read what it made
+  std::recursive_mutex sampleLock_;  // over a sample and its delegates' calls, which read it
   std::shared_ptr<NetManage> netManage;
   std::shared_ptr<NetPPP> netPPP;
   std::atomic<std::int32_t> _stayNetHistoryCount = 0;

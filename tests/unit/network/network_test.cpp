@@ -76,6 +76,13 @@ TEST_F(NetworkSample, TheNewestOfALongerHistoryIsTold) {
   }
 }
 
+TEST_F(NetworkSample, WhetherAKeptEntryIsActiveIsSeenEachTime) {
+  tick().set("linkactive_status", false);
+  EXPECT_EQ(tick().boolean("is_active_interface"), false);
+  tick().set("linkactive_status", true);
+  EXPECT_EQ(tick().boolean("is_active_interface"), true);
+}
+
 TEST_F(NetworkSample, TwoServicesAreTwoCallsWithTheSameList) {
   order({"A", "B"});
   add("B", "en1");
