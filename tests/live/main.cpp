@@ -8,6 +8,7 @@
 #include "live/application_helper.h"
 #include "live/battery_helper.h"
 #include "live/cleaner_helper.h"
+#include "live/counted_queries.h"
 #include "live/label_helper.h"
 #include "live/sensor_helper.h"
 #endif
@@ -23,6 +24,7 @@ int main(int count, char** arguments) {
     return runBatteryHelper(arguments[2]);
   if (count == 4 && std::string_view(arguments[1]) == beApplication)
     return runApplication(arguments[2], arguments[3]);
+  if (count == 2 && std::string_view(arguments[1]) == countQueries) runCountedQueries();
   if (count == 4 && std::string_view(arguments[1]) == printLabel)
     return runLabelHelper(arguments[2], arguments[3]);
 #endif
