@@ -1,20 +1,30 @@
 #include <malloc.h>
+#include <stdlib.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <iterator>
-#include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 
-#include "vantile/memory/memory.h"
+#include "vantile/foundation/run_loop.h"
 
-// Samples memory again and again and looks whether anything is left over: blocks from operator
-// new, bytes of the heap, descriptors.
+#include "fakes/temporary_folder.h"
+#include "quiet_output.h"
+#include "soaked.h"
+
+// Takes samples again and again and looks whether anything is left over: blocks from operator new,
+// bytes of the heap, descriptors.
 //
-//   soak [TICKS]     100,000 unless given. Ends with 1 and says what grew.
+//   soak [memory|cpu|network|changes|disk|battery|all [TURNS]]
+//
+// All of them unless one is named, 100,000 samples each, and 1,000 changes of the network's
+// configuration with a sample after each. Ends with 1 and says what grew, with 77 where one can't
+// be had here.
 
 namespace {
 
@@ -55,76 +65,81 @@ void operator delete[](void* block, std::size_t) noexcept {
 
 namespace {
 
-struct Held {
-  long blocks, heapBytes, descriptors;
-};
-
-Held held() {
+vantile::Held held() {
   const auto listing = std::filesystem::directory_iterator("/proc/self/fd");
   const auto descriptors = std::distance(begin(listing), end(listing));
   const auto heap = ::mallinfo2();  // all 0 under a sanitizer
   return {liveBlocks, static_cast<long>(heap.uordblks + heap.hblkhd), descriptors};
 }
 
-/// Every kind of sample, and now and then another interval, which replaces the timer.
-void tick(vantile::KVDMemory& memory, long number) {
-  switch (number % 4) {
-    case 0:
-      return memory.memoryStats32();
-    case 1:
-      return memory.freshMemoryInfo();
-    default:
-      memory.updateInfo();
-  }
-  if (number % 100 == 2) memory.setFreshInterval(number % 200 == 2 ? 3600 : 1800);
+void run(vantile::Soaked& soaked, long turns) {
+  for (long number = 0; number < turns; ++number) soaked.turn(number);
 }
 
-/// Samples from work posted to the run loop, which is served as a polling host serves it.
-void run(vantile::KVDMemory& memory, long ticks) {
+void serve(std::chrono::seconds time) {
   auto& loop = vantile::RunLoop::current();
-  for (long number = 0; number < ticks; ++number) {
-    loop.post([&memory, number] { tick(memory, number); });
-    loop.dispatch();
-  }
+  const auto over = loop.after(time, [&loop] { loop.stop(); });
+  loop.run();
 }
 
-bool grew(const char* what, long before, long after) {
-  if (after <= before) return false;
+bool grew(const char* what, long before, long after, long leeway) {
+  if (after <= before + leeway) return false;
   std::printf("%s grew from %ld to %ld\n", what, before, after);
   return true;
+}
+
+/// Whether anything is left over of so many turns, or they were not what they are to be.
+bool failed(const vantile::SoakedKind& kind, vantile::Soaked& soaked, long turns) {
+  vantile::Held before, after;
+  long told = 0;
+  {
+    const vantile::QuietOutput quiet;
+    run(soaked, kind.warming);
+    serve(std::chrono::seconds(kind.seconds));
+    before = held();
+    told = -soaked.told();
+    run(soaked, turns);
+    serve(std::chrono::seconds(kind.seconds));
+    after = held();
+    told += soaked.told();
+  }
+  const auto& leeway = kind.leeway;
+  bool failed = grew("blocks from operator new", before.blocks, after.blocks, leeway.blocks);
+  failed |= grew("bytes on the heap", before.heapBytes, after.heapBytes, leeway.heapBytes);
+  failed |= grew("open descriptors", before.descriptors, after.descriptors, leeway.descriptors);
+  if (told < turns / 2) {
+    std::printf("only %ld of %ld turns were told of\n", told, turns);
+    failed = true;
+  }
+  std::printf("%.*s, %ld turns: %ld blocks, %ld bytes, %ld descriptors held\n",
+              static_cast<int>(kind.name.size()), kind.name.data(), turns, after.blocks,
+              after.heapBytes, after.descriptors);
+  return failed;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const long ticks = argc > 1 ? std::atol(argv[1]) : 100000;
-  const auto memory = vantile::KVDMemory::singleton();
-  if (!memory) {
-    std::puts("no memory statistics here");
-    return 1;
+  constexpr int notHere = 77;
+  const std::string_view wanted = argc > 1 ? argv[1] : "all";
+  // What is counted of volumes is not kept for the user.
+  const vantile::testing::TemporaryFolder caches;
+  ::setenv("XDG_CACHE_HOME", caches.path().c_str(), 1);
+  int result = 2;
+  for (const auto& kind : vantile::soakedKinds) {
+    if (wanted != "all" && wanted != kind.name) continue;
+    if (result == 2) result = 0;
+    std::string refusal;
+    const auto soaked = kind.make(refusal);
+    if (soaked) {
+      if (failed(kind, *soaked, argc > 2 ? std::atol(argv[2]) : kind.turns)) result = 1;
+    } else {
+      std::printf("%.*s: %s\n", static_cast<int>(kind.name.size()), kind.name.data(),
+                  refusal.c_str());
+      if (result == 0) result = notHere;
+    }
+    std::fflush(stdout);
   }
-  long reports = 0;
-  auto delegate = std::make_shared<vantile::MemoryDelegate>();
-  delegate->updateMemoryStatusWithVMStatusWithSwapDict =
-      [&reports](const vantile::Dictionary&, const vantile::Dictionary&,
-                 const vantile::Dictionary*) { ++reports; };
-  memory->setDelegate(delegate);
-
-  run(*memory, 1000);  // until everything that is kept has been made
-  const Held before = held();
-  reports = 0;
-  run(*memory, ticks);
-  const Held after = held();
-  memory->setDelegate(nullptr);
-
-  bool failed = grew("blocks from operator new", before.blocks, after.blocks);
-  failed |= grew("bytes on the heap", before.heapBytes, after.heapBytes);
-  failed |= grew("open descriptors", before.descriptors, after.descriptors);
-  if (reports < ticks / 2) {
-    std::printf("only %ld of %ld ticks were reported\n", reports, ticks);
-    failed = true;
-  }
-  std::printf("%ld ticks: %ld blocks, %ld bytes, %ld descriptors held\n", ticks, after.blocks,
-              after.heapBytes, after.descriptors);
-  return failed ? 1 : 0;
+  if (result == 2) std::puts("soak: no such monitor");
+  return result;
 }
