@@ -48,15 +48,14 @@ struct Present {
   const Details* details = nullptr;
 };
 
-/// The value under `key`, looked for from `place` on, which becomes the one behind it: as a rule
-/// services come in the order of their interfaces.
-const Value* findFrom(const Dictionary& sample, std::size_t& place, std::string_view key) {
+/// The value under `key`, which as a rule is at `place`, that then becomes the one behind it: but
+/// for the primary one, services come in the order of their interfaces.
+const Value* findAt(const Dictionary& sample, std::size_t& place, std::string_view key) {
   const auto isIt = [key](const Dictionary::Entry& each) { return each.key() == key; };
   const auto begin = sample.begin(), end = sample.end();
-  const auto from = begin + static_cast<std::ptrdiff_t>(std::min(place, sample.size()));
-  auto found = std::find_if(from, end, isIt);
-  if (found == end) found = std::find_if(begin, from, isIt);
-  if (found == end || found->key() != key) return nullptr;
+  auto found = begin + static_cast<std::ptrdiff_t>(std::min(place, sample.size()));
+  if (found == end || !isIt(*found)) found = std::find_if(begin, end, isIt);
+  if (found == end) return nullptr;
   place = static_cast<std::size_t>(found - begin) + 1;
   return &found->value;
 }
@@ -130,7 +129,7 @@ bool Network::decorate(Dictionary& entry, std::size_t& place) {
   const bool overEthernet = link && device && netManage->isEthernet(*device);
   const auto* const name = link && !overEthernet ? link : device;
   const auto& sample = history_->newest();
-  const Value* const found = name && sample ? findFrom(*sample, place, *name) : nullptr;
+  const Value* const found = name && sample ? findAt(*sample, place, *name) : nullptr;
   const auto* const details = found ? found->as<Present::Details>() : nullptr;
   const bool active = present.isActive();
   const bool sameActivity = present.active && *present.active == active;
