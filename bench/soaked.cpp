@@ -221,7 +221,10 @@ class Battery final : public Soaked {
   Battery& operator=(const Battery&) = delete;
 
   void turn(long number) override {
-    posted([&] { number % 4 == 0 ? info_->updateStatus() : info_->updateCurrentStatus(); });
+    posted([this, number] {
+      if (number % 500 == 7) info_->unpluggedTimerTick();
+      number % 4 == 0 ? info_->updateStatus() : info_->updateCurrentStatus();
+    });
   }
 
  private:
