@@ -51,9 +51,7 @@ inline constexpr std::array<SoakedKind, 6> soakedKinds = {{
     {"network", soakedNetwork, 100000, 1000, 4, {.blocks = 16, .heapBytes = 4096}},
     {"changes", soakedChanges, 1000, 80, 4, {.blocks = 16, .heapBytes = 4096}},
     {"disk", soakedDisk},
-    // Devices come and go meanwhile, of which udev's library hears; what it lets go of the
-    // allocator keeps aside.
-    {"battery", soakedBattery, 100000, 1000, 0, {.heapBytes = 8192}},
+    {"battery", soakedBattery},
 }};
 
 }  // namespace vantile
