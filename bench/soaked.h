@@ -34,7 +34,8 @@ struct SoakedKind {
   long turns = 100000;  ///< of a run, unless another number is asked for
   long warming = 1000;  ///< before it, until everything that is kept has been made
   int seconds = 0;      ///< until what they brought along is over
-  Held leeway = {};     ///< by which two looks may differ
+  /// By which two looks may differ: a block may come to lie in a chunk that is 16 bytes larger.
+  Held leeway = {.heapBytes = 1024};
 };
 
 std::unique_ptr<Soaked> soakedMemory(std::string& refusal);
