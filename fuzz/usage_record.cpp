@@ -24,7 +24,7 @@ std::string sealed(std::string_view said) {
   const std::string text = std::string(18, '\0') + std::string(said);
   std::uint64_t sum = 14695981039346656037ull;
   for (const char byte : text) sum = (sum ^ static_cast<unsigned char>(byte)) * 1099511628211ull;
-  return "vantile usage 2\n" + littleEndian(sum) + text;
+  return "vantile usage 3\n" + littleEndian(sum) + text;
 }
 
 std::string writtenAgain(const UsageRecord& record) {
@@ -132,7 +132,7 @@ void change(std::string_view input) {
 }  // namespace
 
 void consume(std::string_view input) {
-  require(!read(input) || input.starts_with("vantile usage 2\n"), "a record is of this version");
+  require(!read(input) || input.starts_with("vantile usage 3\n"), "a record is of this version");
   readWhatIsSealed(input);
   change(input.substr(0, 300));
 }

@@ -37,6 +37,14 @@ TEST_F(UsagePassTest, WhatIsInstalledIsAnApplicationWhateverItsName) {
                             bytes("usr-local/b.mkv"), 0, 0));
 }
 
+TEST_F(UsagePassTest, WhatIsInstalledIsFoundWhereTheMountPointEndsInASlash) {
+  tree.file("usr/share/a.mkv", contents(10));  // as at "/"
+  tree.file("b.mkv", contents(30));
+  UsagePass slashed(index, tree.path() + "/", {&installed, &kinds});
+  EXPECT_EQ(slashed.run(all, never), UsagePass::Came::toTheEnd);
+  EXPECT_EQ(counted(), sums(bytes("usr/share/a.mkv"), bytes("b.mkv"), 0, 0));
+}
+
 TEST_F(UsagePassTest, AVolumeMayBeInstalledAsAWhole) {
   installed = InstalledFolders({tree.path()});
   tree.file("program", contents(40));

@@ -132,6 +132,11 @@ TEST_F(UsageRecordTest, AnyDamageIsNoticed) {
   EXPECT_FALSE(read(whole + "x", volume));
 }
 
+TEST_F(UsageRecordTest, WhatWasCountedByFormerRulesIsNone) {
+  for (const auto* const former : {"vantile usage 1\n", "vantile usage 2\n"})
+    EXPECT_FALSE(read(former + written().substr(16), volume));
+}
+
 TEST_F(UsageRecordTest, AnotherVolumesRecordIsNone) {
   auto other = volume;
   other.fileSystem = 78;

@@ -270,9 +270,10 @@ bool UsagePass::isHere(const struct statx& status) const {
 Installed UsagePass::installedAt(const Level& around, const std::string& name) const {
   if (around.installed != Installed::below) return around.installed;
   std::string path = mountPoint_;
+  if (!path.ends_with('/')) path += '/';  // as the one of "/" does
   for (std::size_t depth = 1; depth < levels_.size(); ++depth)
-    path.append("/").append(index_.name(levels_[depth].number));
-  return means_.installed->at(path.append("/").append(name));
+    path.append(index_.name(levels_[depth].number)).append("/");
+  return means_.installed->at(path.append(name));
 }
 
 std::optional<UsageKind> UsagePass::kindOf(const Level& level, std::string_view name) const {

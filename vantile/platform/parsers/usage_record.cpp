@@ -10,7 +10,7 @@ namespace vantile {
 namespace {
 
 // A change of what is written, or of what counts as what, needs a further number.
-constexpr std::string_view version = "vantile usage 2\n";
+constexpr std::string_view version = "vantile usage 3\n";
 
 /// A checksum against damage, FNV-1a.
 class Checksum {
