@@ -68,6 +68,12 @@ TEST(MountedVolumes, SubvolumesOfOneFileSystemAreOneVolume) {
             Paths{"/home"});
 }
 
+TEST(MountedVolumes, ASubvolumeMayHaveCommasInItsName) {
+  EXPECT_EQ(pathsIn(root + "2 1 0:30 /a,b,c /a rw - btrfs /dev/a rw,subvolid=2,subvol=/a,b,c\n"),
+            Paths{"/a"});
+  EXPECT_TRUE(pathsIn(root + "2 1 0:30 /a,b/c /a rw - btrfs /dev/a rw,subvol=/a,b\n").empty());
+}
+
 TEST(MountedVolumes, AFolderOfASubvolumeIsNone) {
   EXPECT_TRUE(pathsIn(root + "2 1 0:30 /@/a /a rw - btrfs /dev/a rw,subvol=/@\n").empty());
   EXPECT_TRUE(pathsIn(root + "2 1 0:30 /@x /a rw - btrfs /dev/a rw,subvol=/@\n").empty());

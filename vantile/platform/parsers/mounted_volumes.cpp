@@ -24,13 +24,9 @@ bool isWithin(std::string_view folder, std::string_view path) {
 /// Whether all of the file system is mounted, or all of its subvolume, which it then names.
 bool isWhole(const Mount& mount) {
   if (mount.root == "/" || mount.mountPoint == "/") return true;
-  std::string_view options = mount.superOptions;
-  while (!options.empty()) {
-    const auto option = options.substr(0, options.find(','));
-    if (option.starts_with("subvol=") && option.substr(7) == mount.root) return true;
-    options.remove_prefix(std::min(options.size(), option.size() + 1));
-  }
-  return false;
+  // Its name may have commas, which are told like those between the options.
+  const auto options = "," + mount.superOptions + ",";
+  return options.find(",subvol=" + mount.root + ",") != options.npos;
 }
 
 /// Follows paths through the mounts as the kernel does.
