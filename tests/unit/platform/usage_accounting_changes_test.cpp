@@ -1,5 +1,10 @@
 // Volumes that are swapped, let go of, stopped, or fail.
 
+#include <sys/syscall.h>
+
+#include <cerrno>
+
+#include "unit/platform/refused_calls.h"
 #include "unit/platform/usage_accounting_fixture.h"
 
 namespace vantile {
@@ -173,6 +178,30 @@ TEST_F(UsageAccountingTest, AStopEndsTheReadingOfARecordAndItIsReadLater) {
   turn();
   EXPECT_FALSE(accounting->figures().empty());
   EXPECT_EQ(accounting->listed(), 0u);
+}
+
+TEST_F(UsageAccountingTest, WhatAFirstPassMissedIsLookedForOnceMoreBeforeThereAreFigures) {
+  tree.file("first/films/a.mkv", contents(10));
+  want({first});
+  Rest rest;
+  if (!testing::withRefused(SYS_getdents64, EIO, [&] { rest = work(); }))
+    GTEST_SKIP() << "no system call can be refused here";
+  EXPECT_EQ(rest, pace.period);
+  EXPECT_TRUE(accounting->figures().empty());
+  later(pace.period);
+  work();
+  EXPECT_EQ(of(first), sums(0, bytes("first/films/a.mkv"), 0, 0));
+}
+
+TEST_F(UsageAccountingTest, WhatCantBeReadASecondTimeIsLeftOut) {
+  tree.file("first/films/a.mkv", contents(10));
+  want({first});
+  for (int time = 0; time < 2; ++time, later(pace.period))
+    if (!testing::withRefused(SYS_getdents64, EIO, [&] { work(); }))
+      GTEST_SKIP() << "no system call can be refused here";
+  EXPECT_EQ(of(first), sums(0, 0, 0, 0));
+  work();
+  EXPECT_EQ(of(first), sums(0, bytes("first/films/a.mkv"), 0, 0));
 }
 
 TEST_F(UsageAccountingTest, AVolumeThatCantBeCountedIsLeftAsideForAWhile) {

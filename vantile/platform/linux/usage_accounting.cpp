@@ -36,6 +36,7 @@ struct UsageAccounting::Volume {
   bool isChanged = false;           // since it was kept
   bool isUnsure = false;            // whether it is still there
   bool isToKeep = false;            // as a pass ended, which was stopped
+  bool hasMissed = false;           // something, in the first pass
   Clock::time_point due = Clock::time_point::min(), kept, restsUntil;
 };
 
@@ -149,7 +150,7 @@ bool UsageAccounting::isTheSame(Volume& volume, const IsStopped& isStopped) {
 void UsageAccounting::takeUp(Volume& volume, const IsStopped& isStopped) {
   auto identity = means_.volumeAt(volume.mountPoint);
   volume.record = UsageRecord();
-  volume.isChanged = volume.isToKeep = volume.isUnsure = false;
+  volume.isChanged = volume.isToKeep = volume.isUnsure = volume.hasMissed = false;
   volume.kept = means_.now();
   volume.due = means_.now() + means_.pace.period;
   std::optional<UsageRecord> record;
@@ -196,10 +197,13 @@ std::chrono::nanoseconds UsageAccounting::go(Volume& volume, const IsStopped& is
   const auto listed = volume.pass->listed() - before;
   listed_ += listed;
   volume.isChanged |= listed > 0 || sums != volume.record.index.blocks();
+  const bool hasMissed = volume.pass->missed() > 0;
   if (came == Came::toTheEnd || came == Came::nowhere) volume.pass.reset();
   if (came == Came::toTheEnd) {
     volume.isChanged |= isFirst;
-    volume.record.complete = volume.isToKeep = true;
+    volume.isToKeep = true;
+    // What can't be read the second time either is left out: a damaged folder, say.
+    if (!hasMissed || std::exchange(volume.hasMissed, true)) volume.record.complete = true;
     keep(volume, isStopped);
   } else if (isFirst && means_.now() - volume.kept >= pace.checkpoint) {
     keep(volume, isStopped);

@@ -36,9 +36,10 @@ struct UsagePace {
 };
 
 /// Counts volumes, one at a time: those first that were never gone through, then again and again
-/// those that changed least recently. One that can't be counted, since memory is short, say, is
-/// left aside for a while, with one log line. Has no thread and does not wait; whoever has it calls
-/// `turn`. Not synchronised.
+/// those that were begun least recently. A first pass that missed something is gone through once
+/// more, a period later, before there are figures. One that can't be counted, since memory is
+/// short, say, is left aside for a while, with one log line. Has no thread and does not wait;
+/// whoever has it calls `turn`. Not synchronised.
 class UsageAccounting {
  public:
   using Clock = std::chrono::steady_clock;

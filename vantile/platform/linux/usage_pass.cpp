@@ -16,7 +16,7 @@ constexpr unsigned folderMask = STATX_TYPE | STATX_INO | STATX_MTIME | STATX_CTI
 
 /// Whether what was refused is not there for us, rather than the system short of something.
 bool isAway(int error) {
-  for (const int each : {ENOENT, ENOTDIR, ELOOP, EACCES, EPERM, ESTALE, ENAMETOOLONG})
+  for (const int each : {ENOENT, ENOTDIR, ELOOP, EACCES, EPERM, ENAMETOOLONG})
     if (error == each) return true;
   return false;
 }
@@ -92,7 +92,9 @@ bool UsagePass::open() {
     Level& level = levels_[depth];
     Level& around = levels_[depth - 1];
     level.folder = around.folder->folder(std::string(index_.name(level.number)).c_str());
+    const bool isGone = !level.folder && isAway(errno);
     if (!level.folder || level.folder->identity() != level.identity) {
+      missed_ += !isGone;
       levels_.resize(depth);
       counting_.how = Counting::How::nothing;
       break;
@@ -153,6 +155,8 @@ void UsagePass::enter() {
     startCounting(levels_.back(), *status);
   } else if (isGone || status) {
     index_.clear(level.number);
+  } else {
+    ++missed_;
   }
 }
 
@@ -198,11 +202,13 @@ bool UsagePass::list(const Level& level) {
     counting_.entry = 0;
   }
   if (listed == Listed::failed) {
+    missed_ += !isAway(errno);
     index_.setStamp(level.number, 0);  // with what was known before
     return true;
   }
   index_.setFolders(level.number, counting_.folders);
-  index_.setContents(level.number, counting_.stamp, counting_.sums, std::move(counting_.files));
+  index_.setContents(level.number, counting_.isUnsure ? 0 : counting_.stamp, counting_.sums,
+                     std::move(counting_.files));
   return true;
 }
 
@@ -224,15 +230,23 @@ bool UsagePass::ask(const Level& level) {
     if (const auto kind = kindOf(level, name)) add(level, name, *kind);
     if (isCut()) return false;
   }
-  if (counting_.sums != index_.sums(level.number)) index_.setSums(level.number, counting_.sums);
+  if (counting_.isUnsure) {
+    index_.setStamp(level.number, 0);  // with what was known before
+  } else if (counting_.sums != index_.sums(level.number)) {
+    index_.setSums(level.number, counting_.sums);
+  }
   return true;
 }
 
-/// Whether it is a file.
+/// Whether it is a file. Where that can't be told the folder is to be listed again.
 bool UsagePass::add(const Level& level, const char* name, UsageKind kind) {
   ++asked_;
   struct stat status;  // of every file that counts: the smallest record that the kernel gives
-  if (::fstatat(level.folder->descriptor(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return false;
+  if (::fstatat(level.folder->descriptor(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    counting_.isUnsure |= errno != ENOENT;
+    missed_ += !isAway(errno);
+    return false;
+  }
   if (!S_ISREG(status.st_mode)) return false;
   const auto blocks = static_cast<std::uint64_t>(status.st_blocks);
   if (status.st_nlink > 1) {
@@ -256,6 +270,7 @@ void UsagePass::pop() {
   if (levels_.empty() || levels_.back().folder) return;
   levels_.back().folder = left->around();
   if (levels_.back().folder && levels_.back().folder->identity() == levels_.back().identity) return;
+  ++missed_;
   levels_.pop_back();
   while (!levels_.back().folder) levels_.pop_back();  // the first one is never closed
 }

@@ -58,6 +58,8 @@ class UsagePass {
 
   std::size_t listed() const { return listed_; }  ///< folders, so far
   std::size_t asked() const { return asked_; }    ///< files and folders, so far
+  /// Files and folders that are there and could not be asked or listed, for the next pass.
+  std::size_t missed() const { return missed_; }
 
  private:
   using Number = UsageIndex::Number;
@@ -77,6 +79,7 @@ class UsagePass {
     std::size_t entry = 0;  // of the batch, the next one
     long place = 0;         // in the folder, behind the batch
     std::size_t name = 0;   // where the next one stands in the list of those to ask
+    bool isUnsure = false;  // whether that was all
     FolderSums sums;
     NameList files;
     std::string folders;
@@ -113,7 +116,7 @@ class UsagePass {
   std::vector<Level> levels_;
   FolderBatch batch_;
   Counting counting_;
-  std::size_t listed_ = 0, asked_ = 0;
+  std::size_t listed_ = 0, asked_ = 0, missed_ = 0;
 };
 
 }  // namespace vantile
