@@ -1,5 +1,6 @@
 #include "vantile/platform/linux/category_sizes.h"
 
+#include <atomic>
 #include <filesystem>
 #include <stdexcept>
 #include <thread>
@@ -35,9 +36,10 @@ class JoinedThreads final : public Threads {
 };
 
 struct CategorySizesTest : testing::UsageTest {
-  std::unique_ptr<LinuxVolumeCategories> make(std::function<void()> before = [] {}) {
+  std::unique_ptr<LinuxVolumeCategories> make(
+      std::function<void()> before = [] {}, std::function<void()> listing = [] {}) {
     LinuxVolumeCategories::Means means;
-    means.accounting = [this, before](bool mayHang) {
+    means.accounting = [this, before, listing](bool mayHang) {
       before();
       UsageAccounting::Means accounting;
       accounting.volumeAt = [this, mayHang, volumes = std::make_shared<UsageVolumes>()](
@@ -48,6 +50,10 @@ struct CategorySizesTest : testing::UsageTest {
       };
       accounting.cacheFolder = caches.path("vantile");
       accounting.installed = {tree.path("usr")};
+      accounting.presentSecond = [listing] {
+        listing();
+        return muchLater();
+      };
       return accounting;
     };
     means.mayHang = [this](const std::string& mountPoint) { return mountPoint == served; };
@@ -124,6 +130,28 @@ TEST_F(CategorySizesTest, AThreadThatIsHeldUpHoldsUpNobody) {
   categories.reset();  // would not come back
   gate.open();
   threads->join();
+}
+
+TEST_F(CategorySizesTest, TheOwnersEndEndsAPassAtOnceAndTheNextOneTakesItUp) {
+  constexpr int folders = 60, before = 30;
+  for (int number = 0; number < folders; ++number)
+    tree.file("f" + std::to_string(number) + "/a.mkv", contents(1));
+  testing::Gate gate;
+  std::atomic<int> listed = 0;
+  const auto inTheMidst = [&] {
+    if (++listed == before) gate.pass();
+  };
+  auto categories = make([] {}, inTheMidst);
+  categories->want({tree.path()});
+  gate.awaitEntry();
+  categories.reset();
+  gate.open();
+  threads->join();
+  EXPECT_EQ(listed, before);  // the one that it was in
+  categories = make([] {}, inTheMidst);
+  categories->want({tree.path()});
+  EXPECT_EQ(awaited(*categories)->at(6), Value(folders * bytes("f0/a.mkv")));
+  EXPECT_EQ(listed, folders + 2);  // the outermost, and that one again
 }
 
 TEST_F(CategorySizesTest, TheSameListIsNotHandedOnTwice) {
@@ -205,6 +233,48 @@ TEST_F(CategorySizesTest, KindsAreNotLookedUpByTheThreadThatCounts) {
   categories->want({tree.path()});
   awaited(*categories);
   EXPECT_EQ(threads->running.size(), 2u);
+}
+
+struct SystemAccountingTest : testing::UsageTest {
+  UsageAccounting::Means means(bool mayHang = false) {
+    const auto variable = [this](const char* name) -> std::optional<std::string> {
+      if (name == std::string("XDG_CACHE_HOME")) return tree.path("caches");
+      if (name == std::string("XDG_DATA_HOME")) return tree.path("data");
+      return std::nullopt;
+    };
+    return systemAccounting(mayHang, XdgFolders(tree.path("home"), variable),
+                            {.proc = tree.path("proc")}, tree.path());
+  }
+};
+
+TEST_F(SystemAccountingTest, KnowsWhereApplicationsAreInstalled) {
+  const InstalledFolders installed(means().installed);
+  for (const auto* const folder :
+       {"usr", "opt", "var/lib/flatpak", "data/flatpak", "var/lib/snapd", "snap"})
+    EXPECT_EQ(installed.at(tree.path(folder)), Installed::here) << folder;
+  for (const auto* const folder : {"home", "srv", "var/lib/other", "data/other"})
+    EXPECT_EQ(installed.at(tree.path(folder)), Installed::none) << folder;
+}
+
+TEST_F(SystemAccountingTest, ThatIsWhereLinksThereLead) {
+  tree.folder("disk/programs");
+  tree.symbolicLink("opt", tree.path("disk/programs"));
+  const InstalledFolders installed(means().installed);
+  EXPECT_EQ(installed.at(tree.path("disk/programs")), Installed::here);
+  EXPECT_EQ(installed.at(tree.path("disk")), Installed::below);
+}
+
+TEST_F(SystemAccountingTest, ItsRecordsAreInTheUsersCaches) {
+  EXPECT_EQ(means().cacheFolder, tree.path("caches/vantile"));
+}
+
+TEST_F(SystemAccountingTest, HasVolumesOfItsSortAlone) {
+  tree.file("proc/self/mountinfo",
+            "30 1 8:17 / " + tree.folder("served") + " rw - fuseblk /dev/sdb1 rw\n");
+  EXPECT_TRUE(means(true).volumeAt(tree.path("served")));
+  EXPECT_FALSE(means(false).volumeAt(tree.path("served")));
+  EXPECT_TRUE(means(false).volumeAt(tree.folder("other")));
+  EXPECT_FALSE(means(true).volumeAt(tree.path("other")));
 }
 
 TEST(MailboxTest, TheLatestMessageIsTakenOnce) {

@@ -17,8 +17,6 @@
 #include "vantile/foundation/guard.h"
 #include "vantile/platform/linux/kind_desk.h"
 #include "vantile/platform/linux/mailbox.h"
-#include "vantile/platform/linux/roots.h"
-#include "vantile/platform/linux/standard_folders.h"
 #include "vantile/platform/linux/wakeup.h"
 #include "vantile/platform/posix/descriptor.h"
 
@@ -70,23 +68,6 @@ std::string withoutLinks(std::string path) {
   return real ? std::string(real.get()) : std::move(path);
 }
 
-UsageAccounting::Means systemAccounting(bool mayHang) {
-  XdgFolders folders;
-  UsageAccounting::Means means;
-  means.cacheFolder = folders.caches() + "/vantile";
-  for (const auto& folder :
-       {std::string("/usr"), std::string("/opt"), std::string("/var/lib/flatpak"),
-        folders.library() + "/flatpak", std::string("/var/lib/snapd"), std::string("/snap")})
-    means.installed.push_back(withoutLinks(folder));
-  means.volumeAt = [mayHang, volumes = std::make_shared<UsageVolumes>()](
-                       const std::string& mountPoint) -> std::optional<UsageVolume> {
-    // One that took another's place a moment ago may be of the other sort.
-    if (volumes->mayHang(mountPoint) != mayHang) return std::nullopt;
-    return volumes->at(mountPoint);
-  };
-  return means;
-}
-
 /// The calling thread gets what nobody else wants. A kernel that refuses leaves it as it was.
 void stepBehindOthers() {
   constexpr int thisThread = 0;
@@ -97,6 +78,22 @@ void stepBehindOthers() {
 }
 
 }  // namespace
+
+UsageAccounting::Means systemAccounting(bool mayHang, XdgFolders folders, const LinuxRoots& roots,
+                                        const std::string& top) {
+  UsageAccounting::Means means;
+  means.cacheFolder = folders.caches() + "/vantile";
+  for (const auto* const folder : {"/usr", "/opt", "/var/lib/flatpak", "/var/lib/snapd", "/snap"})
+    means.installed.push_back(withoutLinks(top + folder));
+  means.installed.push_back(withoutLinks(folders.library() + "/flatpak"));
+  means.volumeAt = [mayHang, volumes = std::make_shared<UsageVolumes>(roots)](
+                       const std::string& mountPoint) -> std::optional<UsageVolume> {
+    // One that took another's place a moment ago may be of the other sort.
+    if (volumes->mayHang(mountPoint) != mayHang) return std::nullopt;
+    return volumes->at(mountPoint);
+  };
+  return means;
+}
 
 /// What the owner and the threads share. The last of them ends it.
 struct LinuxVolumeCategories::Shared {
@@ -153,10 +150,9 @@ struct LinuxVolumeCategories::Shared {
 
 LinuxVolumeCategories::LinuxVolumeCategories()
     : LinuxVolumeCategories(
-          Means{.accounting = systemAccounting,
-                .mayHang = [volumes = std::make_shared<UsageVolumes>()](const std::string& at) {
-                  return volumes->mayHang(at);
-                }}) {}
+          Means{.accounting = [](bool mayHang) { return systemAccounting(mayHang); },
+                .mayHang = [volumes = std::make_shared<UsageVolumes>()](
+                               const std::string& at) { return volumes->mayHang(at); }}) {}
 
 LinuxVolumeCategories::LinuxVolumeCategories(Means means) : means_(std::move(means)) {}
 

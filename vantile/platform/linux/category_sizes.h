@@ -9,11 +9,18 @@
 #include <vector>
 
 #include "vantile/platform/category_sizes.h"
+#include "vantile/platform/linux/roots.h"
+#include "vantile/platform/linux/standard_folders.h"
 #include "vantile/platform/linux/usage_accounting.h"
 #include "vantile/platform/linux/usage_volumes.h"
 #include "vantile/platform/threads.h"
 
 namespace vantile {
+
+/// How the machine's volumes are counted that may hang, or the others: their records in the user's
+/// caches, what is installed below `top`, or by the user.
+UsageAccounting::Means systemAccounting(bool mayHang, XdgFolders folders = {},
+                                        const LinuxRoots& roots = {}, const std::string& top = {});
 
 /// The accounting on threads of its own, which the kernel gives the processor and the disk when
 /// nobody else wants them: one for the volumes that always answer, one for those that may not, as
