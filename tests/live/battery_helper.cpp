@@ -198,7 +198,8 @@ void removal() {
     while (!gone) {
       RunLoop::current().dispatch();  // takes the events, of which there is room for a few
       info->updateCurrentStatus();
-      kept = kept && info->capacity() == 2500;  // the first one's
+      kept = kept && info->capacity() == 2500;      // the first one's
+      kept = kept && info->currentPercent() == 50;  // either's, as a whole
     }
     remover.join();
     kept = kept && systemPowerSources()->descriptions().size() == 1;

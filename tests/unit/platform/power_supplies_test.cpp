@@ -135,6 +135,15 @@ TEST_F(ChangingPower, ABatteryThatGoesIsLeftOutAndTheOtherRead) {
   EXPECT_EQ(found[0].chargeNow, 800'000);
 }
 
+TEST_F(ChangingPower, ABatteryWhoseAttributesGoOneByOneIsLeftOut) {
+  const auto found = batteriesWhere("voltage_now", [this] {
+    folder.remove("sys/class/power_supply/BAT0");
+    folder.remove("sys/devices/power/BAT0/voltage_now");
+  });
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].name, "BAT1");
+}
+
 TEST_F(ChangingPower, ABatteryThatIsReplacedIsNotReadAsOneWithTheOther) {
   const auto found = batteriesWhere("voltage_now", [this] {
     folder.remove("sys/class/power_supply/BAT0");

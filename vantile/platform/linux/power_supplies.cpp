@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,6 +25,13 @@ std::vector<std::string> namesIn(DIR* folder) {
     if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
   std::sort(names.begin(), names.end());
   return names;
+}
+
+/// Whether the name in `folder` is still that of what was opened by it.
+bool leadsTo(int folder, const std::string& name, int opened) {
+  struct stat named = {}, known = {};
+  return ::fstatat(folder, name.c_str(), &named, 0) == 0 && ::fstat(opened, &known) == 0 &&
+         named.st_dev == known.st_dev && named.st_ino == known.st_ino;
 }
 
 }  // namespace
@@ -63,8 +71,8 @@ PowerSupplies::Found PowerSupplies::read(SupplyUse use, bool withMains) const {
     if (supply.isDevices) continue;
     if (supply.kind == PowerSupply::Kind::battery) {
       take(supply, folder.get(), use);
-      // One that went meanwhile told only a part.
-      if (::faccessat(folder.get(), "type", F_OK, 0) != 0) continue;
+      // One that went meanwhile told only a part: the kernel removes its name, then its attributes.
+      if (!leadsTo(::dirfd(listing.get()), supply.name, folder.get())) continue;
       found.batteries.push_back(std::move(supply));
     } else if (supply.kind == PowerSupply::Kind::mains && withMains) {
       take(supply, folder.get(), SupplyUse::mains);
