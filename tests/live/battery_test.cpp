@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,11 +15,13 @@
 #include "fakes/temporary_folder.h"
 #include "live/battery_helper.h"
 #include "live/command.h"
+#include "live/network_namespace.h"
 #include "live/sanitized.h"
 
 namespace vantile {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::run;
 
 struct LiveBattery : ::testing::Test {
@@ -118,9 +121,17 @@ class LivePowerEvents : public ::testing::Test {
     return found;
   }
 
+  /// More events than the subscription's socket holds, none of a power supply.
+  static void overflow() {
+    constexpr int least = 1;  // byte, which the kernel makes a few thousand
+    for (const auto& each : listeners())
+      ::setsockopt(each.first, SOL_SOCKET, SO_RCVBUFFORCE, &least, sizeof least);
+    for (int number = 0; number < 40; ++number)
+      testing::addPair("a" + std::to_string(number), "b" + std::to_string(number));
+  }
+
   const testing::TemporaryFolder folder;
 
- private:
   static std::map<int, unsigned> listeners() {
     std::map<int, unsigned> found;
     for (int descriptor = 0; descriptor < 1024; ++descriptor) {
@@ -137,6 +148,34 @@ class LivePowerEvents : public ::testing::Test {
     return found;
   }
 };
+
+TEST_F(LivePowerEvents, OfWhichThereWereTooManyAreAChange) {
+  testing::inNetworkNamespace([this] {
+    LinuxPowerSources sources({.run = folder.path("run")});
+    int told = 0;
+    const auto subscription =
+        sources.subscribe([](void* count) { ++*static_cast<int*>(count); }, &told);
+    const auto isTold = [&told] { return told > 0; };
+    testing::addPair("few", "fewer");  // no power supply
+    EXPECT_FALSE(testing::comesToHold(isTold, 300ms));
+    overflow();
+    EXPECT_TRUE(testing::comesToHold(isTold));
+    EXPECT_FALSE(testing::comesToHold([&told] { return told > 1; }, 300ms));
+  });
+}
+
+TEST_F(LivePowerEvents, MayEndTheirSubscriptionAsTheyAreTold) {
+  testing::inNetworkNamespace([this] {
+    LinuxPowerSources sources({.run = folder.path("run")});
+    std::unique_ptr<PowerSourceSubscription> subscription;
+    subscription = sources.subscribe(
+        [](void* its) { static_cast<std::unique_ptr<PowerSourceSubscription>*>(its)->reset(); },
+        &subscription);
+    overflow();
+    EXPECT_TRUE(testing::comesToHold([&subscription] { return !subscription; }));
+    EXPECT_TRUE(listeners().empty());
+  });
+}
 
 TEST_F(LivePowerEvents, AreTheKernelsWhereUdevdDoesNotRun) {
   const auto heard = groups({.run = folder.path("run")});

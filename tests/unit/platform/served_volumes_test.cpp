@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "vantile/platform/linux/volumes.h"
+
 namespace vantile {
 namespace {
 
@@ -305,6 +307,12 @@ TEST_F(ServedVolumesTest, WhereAllThreadsAreHeldUpNobodyIsWaitedFor) {
 TEST_F(ServedVolumesTest, OneThatIsNamedTwiceIsAskedOnce) {
   EXPECT_EQ(told({a, a}), (Blocks{40, 40}));
   EXPECT_EQ(threads->asked, 1);
+}
+
+TEST(ServedVolumesClock, IsPatientForAFifthOfASecondWithSixteenAtATime) {
+  EXPECT_EQ(ServedVolumes::Means().patience, 200ms);
+  EXPECT_EQ(ServedVolumes::Means().mostThreads, 16);
+  EXPECT_EQ(LinuxVolumes::Means().patience, 200ms);
 }
 
 TEST(ServedVolumesClock, WaitsForWhoAnswersOnAThread) {

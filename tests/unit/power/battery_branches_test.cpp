@@ -231,6 +231,44 @@ TEST_F(BatteryBranches, ChargingTheSameChargeIsToldOnce) {
   EXPECT_EQ(update(unlimited, ofPercent(charging, 70)), Told{"charging remaining 1:35"});
 }
 
+TEST_F(BatteryBranches, OnlyWordOfABooleanIsWordOfCharging) {
+  for (const auto& word : {Value(std::int64_t{1}), Value(1.0), Value(std::string("true"))}) {
+    auto source = std::make_shared<Dictionary>(*charging.description());
+    source->set("Is Charging", word);
+    ports.sources->sources = {source};
+    ports.remaining->seconds = unlimited;
+    told.clear();
+    info->updateStatus();
+    EXPECT_EQ(told, Told{"battery charged"});
+  }
+}
+
+TEST_F(BatteryBranches, WhoIsToldFindsTheStateAndItsTimerAndTheChargeThatWasToldBefore) {
+  std::vector<std::int64_t> before;
+  const auto look = [&] {
+    before.push_back(info->previousPercent());
+    EXPECT_EQ(info->prevPowerSource() == "Battery Power", info->unpluggedTimer() != nullptr);
+    told.push_back(info->prevPowerSource().value_or("none"));
+  };
+  delegate->batteryCalculating = [&](double) { look(); };
+  for (auto* const operation :
+       {&delegate->batteryWithRemaining, &delegate->batteryRemainingWithLeft,
+        &delegate->batteryChargingWithRemaining})
+    *operation = [&](const std::string&) { look(); };
+  for (auto* const operation :
+       {&delegate->batteryChargingCalculating, &delegate->batteryCharged, &delegate->charged})
+    *operation = [&] { look(); };
+  EXPECT_EQ(update(unknown, draining), Told{"Battery Power"});
+  EXPECT_EQ(update(unlimited, ofPercent(plugged, 100)), Told(2, "AC Power"));
+  EXPECT_EQ(update(600, ofPercent(draining, 15)), Told(2, "Battery Power"));
+  EXPECT_EQ(update(unlimited, ofPercent(charging, 70)), Told(2, "AC Power"));
+  EXPECT_EQ(before, (std::vector<std::int64_t>{0, 0, 0, 100, 100, 15, 15}));
+  auto calculating = charging;
+  calculating.minutesToFull = std::nullopt;
+  calculating.state = "Off Line";
+  EXPECT_EQ(update(unlimited, calculating), Told{"Off Line"});
+}
+
 TEST_F(BatteryBranches, ChargingTheChargeCountsAsToldAlsoWhereNobodyIs) {
   tellNobody();
   update(unlimited, ofPercent(charging, 70));
