@@ -13,6 +13,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -90,6 +91,17 @@ TEST_F(LiveCategories, TheMachinesOwnFilesAreCountedExactly) {
   EXPECT_EQ(counted("/usr/lib", {"/usr"}), countedByFind("/usr/lib", true));
 }
 
+/// Shows folders of a tree as parts of its file system: "system" as the root, and "data" therein.
+bool mountParts(const testing::TemporaryFolder& tree) {
+  const auto root = tree.path("system");
+  const auto bind = [&root](const std::string& what, const std::string& where) {
+    return ::mount(what.c_str(), (root + where).c_str(), nullptr, MS_BIND, nullptr) == 0;
+  };
+  return ::unshare(CLONE_NEWNS) == 0 &&
+         ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 && bind(root, "") &&
+         bind(tree.path("data"), "/data") && bind("/proc", "/proc");
+}
+
 /// What the library's own accounting counts at "/" once the process has `top` for its root, which
 /// it keeps; nothing where it may not.
 std::optional<UsageSums> countedAsRoot(const std::string& top) {
@@ -100,6 +112,37 @@ std::optional<UsageSums> countedAsRoot(const std::string& top) {
   accounting.want({"/"}, never);
   while (accounting.figures().empty()) accounting.turn(never);
   return accounting.figures().at("/");
+}
+
+/// What a child of ours finds, or nothing.
+std::optional<UsageSums> byChild(const std::function<std::optional<UsageSums>()>& find) {
+  kindByDatabase("a.mkv");  // which another root does not have
+  int ends[2] = {};
+  if (::pipe(ends) != 0) return std::nullopt;
+  const auto child = ::fork();
+  if (child == 0) {
+    const auto sums = find();
+    const bool told = sums && ::write(ends[1], &*sums, sizeof *sums) == sizeof *sums;
+    ::_exit(told ? 0 : 1);
+  }
+  ::close(ends[1]);
+  UsageSums found = {};
+  const auto size = ::read(ends[0], &found, sizeof found);
+  ::close(ends[0]);
+  ::waitpid(child, nullptr, 0);
+  return size == sizeof found ? std::optional(found) : std::nullopt;
+}
+
+TEST_F(LiveCategories, MountedPartsOfAFileSystemCountWithIt) {
+  for (const auto* const name : {"system/a.mkv", "data/below/b.mkv", "elsewhere/c.mkv"})
+    write(name, 50000);
+  for (const auto* const folder : {"system/data", "system/proc"}) tree.folder(folder);
+  const auto found = byChild([&]() -> std::optional<UsageSums> {
+    return mountParts(tree) ? countedAsRoot(tree.path("system")) : std::nullopt;
+  });
+  if (!found) GTEST_SKIP() << "another root takes the superuser's rights";
+  EXPECT_EQ((*found)[1],
+            countedByFind(tree.path("system"))[1] + countedByFind(tree.path("data"))[1]);
 }
 
 TEST_F(LiveCategories, AtTheRootWhatIsInstalledIsAnApplication) {
@@ -114,22 +157,9 @@ TEST_F(LiveCategories, AtTheRootWhatIsInstalledIsAnApplication) {
     write(name, 50000);
     movies += countedByFind(tree.path(name))[1];
   }
-  kindByDatabase("a.mkv");  // which the new root does not have
-  int ends[2] = {};
-  ASSERT_EQ(::pipe(ends), 0);
-  const auto child = ::fork();
-  if (child == 0) {
-    const auto sums = countedAsRoot(tree.path());
-    const bool told = sums && ::write(ends[1], &*sums, sizeof *sums) == sizeof *sums;
-    ::_exit(told ? 0 : 1);
-  }
-  ::close(ends[1]);
-  UsageSums found = {};
-  const auto size = ::read(ends[0], &found, sizeof found);
-  ::close(ends[0]);
-  ::waitpid(child, nullptr, 0);
-  if (size != sizeof found) GTEST_SKIP() << "another root takes the superuser's rights";
-  EXPECT_EQ(found, (UsageSums{installed, movies, 0, 0}));
+  const auto found = byChild([this] { return countedAsRoot(tree.path()); });
+  if (!found) GTEST_SKIP() << "another root takes the superuser's rights";
+  EXPECT_EQ(*found, (UsageSums{installed, movies, 0, 0}));
 }
 
 TEST_F(LiveCategories, AnInterruptedPassIsTakenUpAndComesToTheSame) {

@@ -162,6 +162,72 @@ TEST(MountedVolumes, TheirBindMountsAreTheSameVolumeWhateverTheSource) {
             Paths{"/b"});
 }
 
+Paths othersIn(const std::string& table) {
+  const auto volumes = volumesIn(parseMountinfo(table), types);
+  EXPECT_EQ(volumes.size(), 1u);
+  return volumes[0].others;
+}
+
+TEST(MountedVolumes, FurtherSubvolumesAreOthers) {
+  EXPECT_EQ(othersIn("1 0 0:30 /@ / rw - btrfs /dev/a rw,subvolid=256,subvol=/@\n"
+                     "2 1 0:30 /@home /home rw - btrfs /dev/a rw,subvolid=257,subvol=/@home\n"
+                     "3 1 0:30 /@/srv /srv rw - btrfs /dev/a rw,subvolid=258,subvol=/@/srv\n"),
+            (Paths{"/srv", "/home"}));  // as large, and nearer
+}
+
+TEST(MountedVolumes, FurtherPartsBesideTheRootAreOthers) {
+  EXPECT_EQ(othersIn("1 0 8:1 /system / rw - ext4 /dev/a rw\n"
+                     "2 1 8:1 /home /home rw - ext4 /dev/a rw\n"
+                     "3 1 8:1 /system2 /other rw - ext4 /dev/a rw\n"),
+            (Paths{"/home", "/other"}));
+}
+
+TEST(MountedVolumes, WhatIsPartOfAnotherIsNoOther) {
+  EXPECT_EQ(othersIn("1 0 8:1 /system / rw - ext4 /dev/a rw\n"
+                     "2 1 8:1 /system/opt /opt rw - ext4 /dev/a rw\n"
+                     "3 1 8:1 /data/home/ada /home/ada rw - ext4 /dev/a rw\n"
+                     "4 1 8:1 /data/home /users/home rw - ext4 /dev/a rw\n"
+                     "5 1 8:1 / /whole rw - ext4 /dev/a rw\n"),
+            Paths{"/users/home"});
+}
+
+TEST(MountedVolumes, OneIsGoneToAtTheShortestOfItsPlaces) {
+  EXPECT_EQ(othersIn("1 0 8:1 /system / rw - ext4 /dev/a rw\n"
+                     "2 1 8:1 /home /srv/users rw - ext4 /dev/a rw\n"
+                     "3 1 8:1 /home /home rw - ext4 /dev/a rw\n"),
+            Paths{"/home"});
+}
+
+TEST(MountedVolumes, WhatHangsOrIsCoveredOrOfAnotherDeviceIsNoOther) {
+  EXPECT_TRUE(othersIn("1 0 8:1 /system / rw - ext4 /dev/a rw\n"
+                       "2 1 0:9 / /far rw - nfs source rw\n"
+                       "3 2 8:1 /home /far/home rw - ext4 /dev/a rw\n"
+                       "4 1 8:1 /data /data rw - ext4 /dev/a rw\n"
+                       "5 4 0:5 / /data rw - tmpfs tmpfs rw\n")
+                  .empty());
+  const auto two = volumesIn(parseMountinfo("1 0 8:1 / / rw - ext4 /dev/a rw\n"
+                                            "2 1 8:2 / /b rw - ext4 /dev/b rw\n"),
+                             types);
+  EXPECT_TRUE(two[0].others.empty() && two[1].others.empty());
+}
+
+TEST(MountedVolumes, WhetherOneMayHangGoesByThePlaceThatItIsKnownBy) {
+  const std::string far = root + "2 1 0:9 / /far rw - nfs source rw\n";
+  const auto of = [](const std::string& table) {
+    return volumesIn(parseMountinfo(table), types).back();
+  };
+  const auto near = of(far +
+                       "3 2 8:1 / /far/volume rw - ext4 /dev/a rw\n"
+                       "4 1 8:1 / /near rw - ext4 /dev/a rw\n");
+  EXPECT_EQ(near.mount.mountPoint, "/near");
+  EXPECT_FALSE(near.mayHang || near.wayMayHang);
+  const auto away = of(far +
+                       "3 1 8:1 / /near/long/way rw - ext4 /dev/a rw\n"
+                       "4 2 8:1 / /far/a rw - ext4 /dev/a rw\n");
+  EXPECT_EQ(away.mount.mountPoint, "/far/a");
+  EXPECT_TRUE(away.mayHang && away.wayMayHang);
+}
+
 bool mayHang(const std::string& table) {
   return volumesIn(parseMountinfo(table), types).back().mayHang;
 }

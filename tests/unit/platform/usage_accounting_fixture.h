@@ -32,6 +32,9 @@ struct UsageAccountingTest : UsageTest {
     means.processorTime = [this] { return processor += cost; };
     means.presentSecond = muchLater;
     means.volumeAt = [this](const std::string& mountPoint) { return volumeAt(mountPoint); };
+    means.othersOf = [this](const std::string& mountPoint) {
+      return mountPoint == first ? others : std::vector<std::string>();
+    };
     means.kindOf = [this](const std::string& name) {
       if (failsAt == name) throw std::runtime_error("short of memory");
       return kindByDatabase(name);
@@ -40,6 +43,7 @@ struct UsageAccountingTest : UsageTest {
   }
 
   std::optional<UsageVolume> volumeAt(const std::string& mountPoint) {
+    if (mountPoint == closed) return UsageVolume{.root = 1, .mountPoint = closed};
     auto volume = volumes.at(mountPoint);
     if (volume && mountPoint == first) volume->identifier = identifier;
     return volume;
@@ -73,6 +77,8 @@ struct UsageAccountingTest : UsageTest {
   const TemporaryFolder caches;
   UsageVolumes volumes;
   std::string identifier = "1234-ABCD";  // of the first volume
+  std::vector<std::string> others;       // parts of it
+  std::string closed;                    // a mount point that nobody can open
   std::string failsAt;
   const std::string first = tree.folder("first"), second = tree.folder("second");
   UsagePace pace;

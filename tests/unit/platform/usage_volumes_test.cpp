@@ -28,6 +28,19 @@ TEST_F(UsageVolumesTest, WhatIsServedMayHang) {
   EXPECT_FALSE(volumes->mayHang("/elsewhere"));
 }
 
+TEST_F(UsageVolumesTest, TellsOfFurtherParts) {
+  mount(
+      "20 1 8:1 /system / rw - ext4 /dev/sda1 rw\n"
+      "30 20 8:1 /home /home rw - ext4 /dev/sda1 rw\n");
+  EXPECT_EQ(volumes->othersOf("/"), std::vector<std::string>{"/home"});
+  EXPECT_TRUE(volumes->othersOf("/home").empty());  // it is none of its own
+}
+
+TEST_F(UsageVolumesTest, AFileThatIsMountedIsNone) {
+  mount("");
+  EXPECT_FALSE(volumes->at(tree.file("hosts")));
+}
+
 TEST_F(UsageVolumesTest, WithoutATableNothingHangs) {
   volumes.emplace(LinuxRoots{.proc = tree.path("proc")});
   EXPECT_FALSE(volumes->mayHang("/"));

@@ -86,8 +86,11 @@ UsageAccounting::Means systemAccounting(bool mayHang, XdgFolders folders, const 
   for (const auto* const folder : {"/usr", "/opt", "/var/lib/flatpak", "/var/lib/snapd", "/snap"})
     means.installed.push_back(withoutLinks(top + folder));
   means.installed.push_back(withoutLinks(folders.library() + "/flatpak"));
-  means.volumeAt = [mayHang, volumes = std::make_shared<UsageVolumes>(roots)](
-                       const std::string& mountPoint) -> std::optional<UsageVolume> {
+  const auto volumes = std::make_shared<UsageVolumes>(roots);
+  means.othersOf = [volumes](const std::string& mountPoint) {
+    return volumes->othersOf(mountPoint);
+  };
+  means.volumeAt = [mayHang, volumes](const std::string& mountPoint) -> std::optional<UsageVolume> {
     // One that took another's place a moment ago may be of the other sort.
     if (volumes->mayHang(mountPoint) != mayHang) return std::nullopt;
     return volumes->at(mountPoint);

@@ -29,7 +29,11 @@ UsageAccounting::Means complete(UsageAccounting::Means means) {
 struct UsageAccounting::Volume {
   explicit Volume(std::string mounted) : mountPoint(std::move(mounted)) {}
 
+  /// Whether it can't be counted for now: it is not there, or closed to us.
+  bool isAway() const { return isClosed || (!identity && due > Clock::time_point::min()); }
+
   const std::string mountPoint;
+  std::string whole;                    // the mount point of what it is a part of, or its own
   std::optional<UsageVolume> identity;  // of what was taken up
   UsageRecord record;
   std::unique_ptr<UsagePass> pass;  // under way
@@ -37,6 +41,7 @@ struct UsageAccounting::Volume {
   bool isUnsure = false;            // whether it is still there
   bool isToKeep = false;            // as a pass ended, which was stopped
   bool hasMissed = false;           // something, in the first pass
+  bool isClosed = false;            // as the latest pass found
   Clock::time_point due = Clock::time_point::min(), kept, restsUntil;
 };
 
@@ -56,15 +61,27 @@ std::chrono::nanoseconds UsageAccounting::threadProcessorTime() {
 
 void UsageAccounting::want(const std::vector<std::string>& mountPoints,
                            const IsStopped& isStopped) {
+  wanted_ = mountPoints;
+  arrange(isStopped);
+}
+
+void UsageAccounting::arrange(const IsStopped& isStopped) {
+  isToArrange_ = false;
   std::vector<std::unique_ptr<Volume>> wanted;
-  for (const auto& mountPoint : mountPoints) {
+  const auto add = [&](const std::string& mountPoint, const std::string& whole) {
     const auto has = [&mountPoint](const auto& each) {
       return each && each->mountPoint == mountPoint;
     };
-    if (std::any_of(wanted.begin(), wanted.end(), has)) continue;
+    if (std::any_of(wanted.begin(), wanted.end(), has)) return;
     const auto known = std::find_if(volumes_.begin(), volumes_.end(), has);
     wanted.push_back(known == volumes_.end() ? std::make_unique<Volume>(mountPoint)
                                              : std::move(*known));
+    wanted.back()->whole = whole;
+  };
+  for (const auto& mountPoint : wanted_) {
+    add(mountPoint, mountPoint);
+    if (!means_.othersOf) continue;
+    for (const auto& other : means_.othersOf(mountPoint)) add(other, mountPoint);
   }
   std::swap(volumes_, wanted);
   for (const auto& unwanted : wanted)
@@ -72,6 +89,7 @@ void UsageAccounting::want(const std::vector<std::string>& mountPoints,
 }
 
 void UsageAccounting::lookAgain() {
+  isToArrange_ = true;
   for (const auto& volume : volumes_) {
     volume->isUnsure = true;
     if (!volume->identity) volume->due = Clock::time_point::min();
@@ -79,6 +97,7 @@ void UsageAccounting::lookAgain() {
 }
 
 std::optional<std::chrono::nanoseconds> UsageAccounting::turn(const IsStopped& isStopped) {
+  if (isToArrange_) arrange(isStopped);
   Volume* volume = toTakeUp();
   if (!volume) volume = nextVolume();
   if (!volume) return std::nullopt;
@@ -150,7 +169,8 @@ bool UsageAccounting::isTheSame(Volume& volume, const IsStopped& isStopped) {
 void UsageAccounting::takeUp(Volume& volume, const IsStopped& isStopped) {
   auto identity = means_.volumeAt(volume.mountPoint);
   volume.record = UsageRecord();
-  volume.isChanged = volume.isToKeep = volume.isUnsure = volume.hasMissed = false;
+  volume.isChanged = volume.isToKeep = volume.isUnsure = false;
+  volume.hasMissed = volume.isClosed = false;
   volume.kept = means_.now();
   volume.due = means_.now() + means_.pace.period;
   std::optional<UsageRecord> record;
@@ -198,6 +218,7 @@ std::chrono::nanoseconds UsageAccounting::go(Volume& volume, const IsStopped& is
   listed_ += listed;
   volume.isChanged |= listed > 0 || sums != volume.record.index.blocks();
   const bool hasMissed = volume.pass->missed() > 0;
+  volume.isClosed = came == Came::nowhere;
   if (came == Came::toTheEnd || came == Came::nowhere) volume.pass.reset();
   if (came == Came::toTheEnd) {
     volume.isChanged |= isFirst;
@@ -232,10 +253,15 @@ void UsageAccounting::keep(Volume& volume, const IsStopped& isStopped) {
 std::map<std::string, UsageSums, std::less<>> UsageAccounting::figures() const {
   std::map<std::string, UsageSums, std::less<>> figures;
   for (const auto& volume : volumes_) {
-    if (!volume->record.complete) continue;
-    auto bytes = volume->record.index.blocks();
-    for (auto& each : bytes) each *= blockSize;
-    figures.emplace(volume->mountPoint, bytes);
+    const bool isPart = volume->whole != volume->mountPoint;
+    if (!volume->record.complete) {
+      if (isPart && !volume->isAway()) figures.erase(volume->whole);
+      continue;
+    }
+    if (isPart && !figures.contains(volume->whole)) continue;
+    auto& bytes = figures[volume->whole];
+    const auto blocks = volume->record.index.blocks();
+    for (std::size_t kind = 0; kind < usageKinds; ++kind) bytes[kind] += blocks[kind] * blockSize;
   }
   return figures;
 }

@@ -53,6 +53,8 @@ class UsageAccounting {
     std::function<std::int64_t()> presentSecond = vantile::presentSecond;
     /// What is mounted there, or nothing.
     std::function<std::optional<UsageVolume>(const std::string& mountPoint)> volumeAt;
+    /// Where further parts of what is mounted there are, which count with it.
+    std::function<std::vector<std::string>(const std::string& mountPoint)> othersOf = nullptr;
     ContentKinds::Look kindOf = kindByDatabase;
   };
 
@@ -64,8 +66,8 @@ class UsageAccounting {
   /// Counts these from now on. What is known of the others is kept, and forgotten here.
   void want(const std::vector<std::string>& mountPoints, const IsStopped& isStopped);
 
-  /// Something was mounted or unmounted: the next turn looks which volumes are still the same, and
-  /// for those that were not there.
+  /// Something was mounted or unmounted: the next turn looks which volumes are still the same, for
+  /// those that were not there, and for further parts.
   void lookAgain();
 
   /// Takes up what was kept, or does a piece of work. The time until the next turn; nothing where
@@ -76,7 +78,9 @@ class UsageAccounting {
   /// some milliseconds. Larger ones were kept a while ago.
   void keepSmall();
 
-  /// Bytes by kind of each volume that was gone through, by its mount point.
+  /// Bytes by kind of each volume that was gone through with all its parts, by its mount point. A
+  /// part that can't be reached or opened is left out; a file that has names in several counts in
+  /// each.
   std::map<std::string, UsageSums, std::less<>> figures() const;
 
   /// Folders that were listed so far.
@@ -88,6 +92,7 @@ class UsageAccounting {
  private:
   struct Volume;
 
+  void arrange(const IsStopped& isStopped);
   Volume* toTakeUp();
   Volume* nextVolume();
   bool isTheSame(Volume& volume, const IsStopped& isStopped);
@@ -102,7 +107,9 @@ class UsageAccounting {
   const InstalledFolders installed_;
   UsageCache cache_;
   ContentKinds kinds_;
-  std::vector<std::unique_ptr<Volume>> volumes_;
+  std::vector<std::string> wanted_;
+  bool isToArrange_ = false;                      // the parts of those anew
+  std::vector<std::unique_ptr<Volume>> volumes_;  // the wanted ones, each with its parts behind it
   std::size_t listed_ = 0;
   bool hasFailed_ = false;
 };

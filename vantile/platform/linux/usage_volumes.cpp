@@ -93,11 +93,18 @@ bool UsageVolumes::mayHang(const std::string& mountPoint) {
   return volume && volume->mayHang;
 }
 
+std::vector<std::string> UsageVolumes::othersOf(const std::string& mountPoint) {
+  const auto* const volume = mountedAt(mountPoint);
+  return volume ? volume->others : std::vector<std::string>();
+}
+
 std::optional<UsageVolume> UsageVolumes::at(const std::string& mountPoint) {
   struct statfs system = {};
   const auto* const mounted = mountedAt(mountPoint);
-  const auto status = statusOf(AT_FDCWD, mountPoint.c_str(), AT_SYMLINK_NOFOLLOW, STATX_INO);
-  if (!status || ::statfs(mountPoint.c_str(), &system) != 0) return std::nullopt;
+  const auto status =
+      statusOf(AT_FDCWD, mountPoint.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_INO);
+  if (!status || !S_ISDIR(status->stx_mode) || ::statfs(mountPoint.c_str(), &system) != 0)
+    return std::nullopt;
   const auto [known, isNew] = identifiers_.try_emplace(mountPoint);
   if (isNew && mounted) known->second = identifierByUdev(mounted->mount.device);
   if (isNew && known->second.empty() && !(mounted && mounted->mayHang))

@@ -27,7 +27,10 @@ class UsageVolumes {
   /// Whether what is mounted there may leave whoever asks it waiting. Asks the mount table alone.
   bool mayHang(const std::string& mountPoint);
 
-  /// What is mounted there now, or nothing. Asks the volume.
+  /// Where further parts of what is mounted there are. Asks the mount table alone.
+  std::vector<std::string> othersOf(const std::string& mountPoint);
+
+  /// The folder that is mounted there now, or nothing. Asks the volume.
   std::optional<UsageVolume> at(const std::string& mountPoint);
 
  private:

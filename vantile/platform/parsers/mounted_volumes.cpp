@@ -78,6 +78,29 @@ bool isBetter(const Mount& mount, const Mount& other) {
   return mount.mountPoint.size() < other.mountPoint.size();
 }
 
+/// Whether the one shows what is part of the other, or the other way round. Mounts of one file
+/// system differ in its options by the subvolume alone, and none shows what is in another.
+bool overlap(const Mount& one, const Mount& other) {
+  return one.superOptions == other.superOptions &&
+         (isWithin(one.root, other.root) || isWithin(other.root, one.root));
+}
+
+/// Of these mounts of one file system, the others to go to beside `main`.
+std::vector<std::string> othersThan(const Mount& main, std::vector<const Mount*> mounts) {
+  std::ranges::stable_sort(mounts, [](const Mount* one, const Mount* other) {
+    const auto size = one->root.size(), otherSize = other->root.size();
+    return size != otherSize ? size < otherSize : isBetter(*one, *other);
+  });
+  std::vector<const Mount*> chosen = {&main};
+  std::vector<std::string> others;
+  for (const auto* const mount : mounts) {
+    if (std::ranges::any_of(chosen, [&](auto* each) { return overlap(*each, *mount); })) continue;
+    chosen.push_back(mount);
+    others.push_back(mount->mountPoint);
+  }
+  return others;
+}
+
 }  // namespace
 
 std::vector<MountedVolume> volumesIn(std::vector<Mount> mounts,
@@ -88,15 +111,18 @@ std::vector<MountedVolume> volumesIn(std::vector<Mount> mounts,
   };
   const MountTree tree(mounts);
   std::map<DeviceNumber, Place> best;
+  std::map<DeviceNumber, std::vector<const Mount*>> all;  // that do not hang
   for (std::size_t row = 0; row < mounts.size(); ++row) {
     const auto& mount = mounts[row];
-    if (std::ranges::find(types, mount.type) == types.end() || !isWhole(mount)) continue;
+    if (std::ranges::find(types, mount.type) == types.end()) continue;
     auto way = tree.way(mount.mountPoint);
     if (way.empty() || way.back() != &mount) continue;
     way.pop_back();
     const bool wayMayHang =
         std::ranges::any_of(way, [](auto* each) { return isServed(each->type); });
     const Place place = {row, wayMayHang || isServed(mount.type), wayMayHang};
+    if (!place.mayHang) all[mount.device].push_back(&mount);
+    if (!isWhole(mount)) continue;
     const auto [known, isNew] = best.try_emplace(mount.device, place);
     if (!isNew && isBetter(mount, mounts[known->second.row])) known->second = place;
   }
@@ -106,8 +132,10 @@ std::vector<MountedVolume> volumesIn(std::vector<Mount> mounts,
   std::ranges::sort(places, {}, &Place::row);
   std::vector<MountedVolume> volumes;
   volumes.reserve(places.size());
-  for (const auto& [row, mayHang, wayMayHang] : places)
-    volumes.push_back({std::move(mounts[row]), mayHang, wayMayHang});
+  for (const auto& [row, mayHang, wayMayHang] : places) {
+    const auto& mount = mounts[row];
+    volumes.push_back({mount, mayHang, wayMayHang, othersThan(mount, all[mount.device])});
+  }
   return volumes;
 }
 

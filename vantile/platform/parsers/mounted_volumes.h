@@ -13,6 +13,9 @@ struct MountedVolume {
   Mount mount;
   bool mayHang = false;     ///< what asks it may wait without end for whoever serves it
   bool wayMayHang = false;  ///< even what only goes there may, for what it is mounted in is served
+  /// Where further folders or subvolumes of it are mounted, the largest ones: none is part of
+  /// another, or of the one above, or the other way round. What may hang is not among them.
+  std::vector<std::string> others = {};
 };
 
 /// The volumes of one of `types`, in the table's order. A file system is one volume however often
