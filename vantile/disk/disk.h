@@ -25,8 +25,8 @@ class VolumeCategories;
 /// Told of samples of the volumes. The operation may be left empty.
 struct DiskDelegate {
   /// After every sample: a dictionary of disk_keys.h for each volume, in the order of the mount
-  /// table; none where no volume is mounted. The array and what it holds are the callee's to keep.
-  /// Called on the thread that samples.
+  /// table; one without a name is left out. None where no volume is mounted. The array and what it
+  /// holds are the callee's to keep. Called on the thread that samples.
   std::function<void(const Array& volumes)> diskDetails;
 };
 
@@ -75,7 +75,8 @@ class VANTILE_API KVDDisk final : public Monitor<DiskDelegate> {
   static std::optional<std::string> freeBootCampDiskSpace();
   static std::string usedBootCampDiskSpace();
 
-  /// How many files and folders the home volume can hold.
+  /// How many files and folders the home volume can hold; 0 where it does not tell, or has no
+  /// limit of its own. macOS: NSFileSystemNodes. Linux: statvfs.
   static std::uint64_t numberOfNodes();
 
   /// "1.50 GB" from a billion bytes on, "1.50 MB" from a million on, else "1.00 bytes"; whatever

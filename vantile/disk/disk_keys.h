@@ -4,7 +4,7 @@
 
 namespace vantile::keys {
 
-// A volume. Sizes are unsigned 64-bit bytes.
+// A volume. Sizes are unsigned 64-bit bytes, but for those of kinds of files.
 inline constexpr Key disk_format = "disk_format";            ///< type of the file system
 inline constexpr Key disk_mntfromname = "disk_mntfromname";  ///< the mounted device
 inline constexpr Key disk_path = "disk_path";                ///< the mount point
@@ -17,12 +17,13 @@ inline constexpr Key disk_freesize = "disk_freesize";  ///< for users without pr
 inline constexpr Key disk_usedsize = "disk_usedsize";
 inline constexpr Key disk_backups = "disk_backups";  ///< always 0; of the volume at "/" alone
 
-// Of the used bytes, as the volume's metadata has them. Each is left out where that goes without.
+// Of the used bytes, as the volume's metadata has them: each entry as it is stored, on macOS of
+// whatever type, on Linux unsigned 64-bit. Each is left out where that goes without.
 inline constexpr Key disk_movies = "disk_movies";
 inline constexpr Key disk_apps = "disk_apps";
 inline constexpr Key disk_audio = "disk_audio";
 inline constexpr Key disk_photos = "disk_photos";
-/// The rest; left out where the kinds come to the used bytes, or to more.
+/// The rest, unsigned 64-bit; left out where the kinds come to the used bytes, or to more.
 inline constexpr Key disk_other = "disk_other";
 /// A boolean: whether there is a rest. False, too, where the volume has no metadata; left out where
 /// its metadata has no list of sizes.

@@ -26,6 +26,8 @@ class VolumeCategories {
   /// macOS: MDItemCreateWithURL of its mount point, and MDItemCopyAttribute of
   /// "kMDStoreAccumulatedSizes". Linux: an accounting of the library's own, nothing until it has
   /// been through the volume once; what was mounted at the same place before is another volume.
+  /// Nothing, either, while the process has four threads at this already, which volumes that do not
+  /// answer may hold up beyond their owners' end; the next call tries again.
   virtual std::optional<CategorySizes> of(const VolumeKey& volume) = 0;
 
   /// The volumes whose sizes are wanted from now on, in the order in which to count them; none ends

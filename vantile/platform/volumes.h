@@ -43,7 +43,7 @@ struct MountRecord {
 struct FileSystemSpace {
   std::optional<std::uint64_t> size;   ///< bytes
   std::optional<std::uint64_t> free;   ///< bytes that users without privileges can have
-  std::optional<std::uint64_t> nodes;  ///< files and folders that there can be
+  std::optional<std::uint64_t> nodes;  ///< files and folders that there can be; 0 without a limit
 };
 
 /// The machine's mounted volumes. Any thread; nobody waits for what another one is asking.
@@ -67,11 +67,11 @@ class Volumes {
   /// What the user calls the volume mounted at `mountPoint`, or nothing when it can't be told.
   /// macOS: FSPathMakeRef, FSGetCatalogInfo and FSGetVolumeInfo; half a character becomes U+FFFD.
   /// Linux: the volume's label, else the last part of the mount point, and for "/" the computer's
-  /// name. Served ones are not asked.
+  /// name; of a volume that `mounts` or `localPaths` told last. Served ones are not asked.
   virtual std::optional<std::string> name(const std::string& mountPoint) = 0;
 
   /// What the desktop shows for it; null when it has no picture.
-  /// macOS: NSWorkspace iconForFile:. Linux: GIO's picture for the mount.
+  /// macOS: NSWorkspace iconForFile:. Linux: GIO's picture for the mount, of those that have names.
   virtual std::shared_ptr<const Image> icon(const std::string& mountPoint) = 0;
 
   /// The mount points of local volumes, none of which is asked.

@@ -47,7 +47,7 @@ struct BatteryDelegate {
 /// on any thread. What the system does not tell is nil, or 0 where a property is a plain number.
 /// Several batteries are several power sources: each is told of, the properties are those of the
 /// last one, and of the first one where they come from the electrical readings. Where there are
-/// none any more, what the last one told of itself stays.
+/// none any more, `currentPercent` and `health` stay what the last one told.
 ///
 /// macOS: IOKit's power sources. Linux: the batteries and chargers below /sys/class/power_supply
 /// that are the machine's own, and their change events.
@@ -75,11 +75,13 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
 
   double convertCelsiusToFahrenheit(double celsius) const;
   /// The electrical readings of the first battery; null where there is none.
-  /// "Current" in mAh, "Amperage" in mA, "Voltage" in mV, "Cycle Count"; on macOS more.
+  /// "Current" in mAh, "Amperage" in mA, "Voltage" in mV, "Cycle Count"; on macOS more, and as the
+  /// system gives them. Linux: mWh of a battery whose driver tells no voltage.
   std::shared_ptr<const Dictionary> getAdvancedBatteryInfo() const;
   /// The battery's entry in the registry; null where there is none. "MaxCapacity" and
   /// "CurrentCapacity" in mAh, "CycleCount", "Amperage" in mA, "Voltage" in mV, "Temperature" in
-  /// hundredths of a degree Celsius; on macOS more.
+  /// hundredths of a degree Celsius; on macOS more, and as the registry has them, which of newer
+  /// machines may be percent. Linux: mWh as above.
   std::shared_ptr<const Dictionary> getMoreAdvancedBatteryInfo() const;
   /// Whether there are electrical readings of a battery.
   bool isHasBattery() const;
@@ -97,10 +99,10 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
   const Text& batteryName() const { return _batteryName; }
   void setBatteryName(Text name) { _batteryName = std::move(name); }
 
-  /// mAh that the battery holds when it is full.
+  /// mAh that the battery holds when it is full, as the entry has it.
   const Number& batteryMaxCapacity() const { return _batteryMaxCapacity; }
   void setBatteryMaxCapacity(Number charge) { _batteryMaxCapacity = std::move(charge); }
-  /// mAh.
+  /// The same of what it holds now.
   const Number& batteryCurrentCapacity() const { return _batteryCurrentCapacity; }
   void setBatteryCurrentCapacity(Number charge) { _batteryCurrentCapacity = std::move(charge); }
   /// mA, below 0 while the battery runs out.
@@ -111,10 +113,11 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
   void setBatteryVoltage(Number voltage) { _batteryVoltage = std::move(voltage); }
   const Number& batteryCycleCount() const { return _batteryCycleCount; }
   void setBatteryCycleCount(Number count) { _batteryCycleCount = std::move(count); }
-  /// Watts, below 0 while the battery runs out.
+  /// Watts, below 0 while the battery runs out; nil only until the first `updateCurrentStatus`,
+  /// then 0 where there is no reading.
   const Real& batteryWatt() const { return _batteryWatt; }
   void setBatteryWatt(Real watts) { _batteryWatt = watts; }
-  /// Degrees Celsius.
+  /// Degrees Celsius; nil and 0 like `batteryWatt`.
   const Real& batteryTemperature() const { return _batteryTemperature; }
   void setBatteryTemperature(Real celsius) { _batteryTemperature = celsius; }
   /// See `health`.
@@ -159,7 +162,9 @@ class VANTILE_API KVDBatteryInfo final : public std::enable_shared_from_this<KVD
   float watt() const { return _watt; }
   void setWatt(float watts) { _watt = watts; }
   /// Hours and minutes on battery since the update that first saw so, "1:02", as of the latest
-  /// update. In the format that the host translates "%1$ld:%2$02ld" to, as long as that has both.
+  /// update; on external power those of the last time on battery. It runs twice as fast once the
+  /// system told of a state that is neither. In the format that the host translates "%1$ld:%2$02ld"
+  /// to, as long as that has both.
   const Text& timeSinceUnpluggedTranslated() const { return _timeSinceUnpluggedTranslated; }
   void setTimeSinceUnpluggedTranslated(Text time) {
     _timeSinceUnpluggedTranslated = std::move(time);
