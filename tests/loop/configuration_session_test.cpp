@@ -102,6 +102,22 @@ TEST(ConfigurationSession, WhatChangesNothingIsNotTold) {
   });
 }
 
+TEST(ConfigurationSession, AnEventOfAWirelessDriverLeavesTheLinkAsItIs) {
+  onNewThread([](Session& it) {
+    const auto hardware = attribute(54, "\x52\x54\x00\x00\x00\x07"s) + attribute(56, "pci\0"s);
+    it.links(
+        {linkPayload(1, "lo", running | 8, 772), linkPayload(2, "wlan0", running, 1, hardware)});
+    ASSERT_TRUE(it.open());
+    const Texts before = it.textsOf("Setup:/Network/Global/IPv4", "ServiceOrder");
+    EXPECT_EQ(before, Texts{"hardware-525400000007"});
+    const auto event = attribute(11, std::string(12, '\x19'));
+    it.tell(message(RTM_NEWLINK, linkPayload(2, "wlan0", running, 1, event)));
+    it.serve();
+    EXPECT_EQ(it.told, 0);
+    EXPECT_EQ(it.textsOf("Setup:/Network/Global/IPv4", "ServiceOrder"), before);
+  });
+}
+
 TEST(ConfigurationSession, OnlyDefaultRoutesAreListedAnewForARoute) {
   onNewThread([](Session& it) {
     ASSERT_TRUE(it.open());

@@ -116,6 +116,17 @@ TEST(Links, WhatABridgeTellsOfItsPortsIsNotAboutTheLink) {
   EXPECT_FALSE(parseLinkMessage(payload));
 }
 
+TEST(Links, WhatAWirelessDriverTellsOfAScanIsNotAboutTheLink) {
+  const auto event = attribute(11, std::string(12, '\x19'));
+  EXPECT_FALSE(parseLinkMessage(linkPayload(2, "wlan0", 1, 1, event)));
+}
+
+TEST(Links, OnlyPortsOfASwitchAreOfAKindAndYetADevices) {
+  EXPECT_TRUE(isOfADevice(""));
+  EXPECT_TRUE(isOfADevice("dsa"));
+  EXPECT_FALSE(isOfADevice("veth"));
+}
+
 TEST(Links, CountersThatAreCutOffAreAbsent) {
   const auto link = parseLinkMessage(
       linkPayload(2, "eth0", 1, 1, attribute(23, testing::counterBytes(5, 6).substr(0, 31))));

@@ -11,8 +11,8 @@ namespace {
 
 // The sizes of the headers before the attributes, and the attributes' types.
 constexpr std::size_t linkHeader = 16, addressHeader = 8, routeHeader = 12, countersHeader = 12;
-constexpr std::uint16_t linkName = 3, linkInfo = 18, linkCounters = 23, linkPermanentAddress = 54,
-                        linkParentDevice = 56;
+constexpr std::uint16_t linkName = 3, linkWireless = 11, linkInfo = 18, linkCounters = 23,
+                        linkPermanentAddress = 54, linkParentDevice = 56;
 constexpr std::uint16_t infoKind = 1;
 constexpr std::uint16_t addressAddress = 1, addressLocal = 2;
 constexpr std::uint16_t routeDestination = 1, routeLink = 4, routeGateway = 5, routeMetric = 6,
@@ -131,6 +131,8 @@ std::optional<LinkMessage> parseLinkMessage(std::string_view payload) {
       case linkName:
         link.name = attribute->text();
         break;
+      case linkWireless:
+        return std::nullopt;
       case linkInfo:
         link.kind = kindIn(attribute->value);
         break;
@@ -153,6 +155,10 @@ std::optional<LinkMessage> parseLinkMessage(std::string_view payload) {
   const bool usable = !link.name.empty() && link.name.find('/') == link.name.npos;
   const auto family = numberAt<std::uint8_t>(payload, 0);
   return usable && family == 0 ? std::optional(link) : std::nullopt;
+}
+
+bool isOfADevice(std::string_view kind) {
+  return kind.empty() || kind == "dsa";
 }
 
 std::optional<AddressMessage> parseAddressMessage(std::string_view payload) {

@@ -31,9 +31,14 @@ struct LinkMessage {
   std::optional<std::uint64_t> received, sent;  ///< bytes
 };
 
-/// Nothing for what is too short or has no name that a link may have, and for what a bridge tells
-/// of its ports: to leave a bridge is not to go.
+/// Nothing for what is too short or has no name that a link may have, for what a bridge tells of
+/// its ports, to leave a bridge is not to go, and for what a wireless driver tells of a scan or an
+/// association: that holds little more than the link's name.
 std::optional<LinkMessage> parseLinkMessage(std::string_view payload);
+
+/// Whether links of the kind are made by the driver of a device: those without one, and the ports
+/// of a switch.
+bool isOfADevice(std::string_view kind);
 
 /// RTM_NEWADDR, RTM_DELADDR.
 struct AddressMessage {
