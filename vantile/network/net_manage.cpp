@@ -193,7 +193,7 @@ std::uint64_t NetManage::querySpeedWithServiceID(TextArgument serviceID) {
   const auto modem = sysconfigValueForKey(storeKey(store::modemState, *serviceID));
   const auto link = sysconfigValueForKey(storeKey(store::pppState, *serviceID));
   if (modem) {
-    const auto speed = modem->uint64("ConnectSpeed");
+    const auto speed = wholeIn(modem.get(), "ConnectSpeed");
     return speed && isNumber(link.get(), "Status", pppRunning) ? keep(*speed) : idleModemSpeed;
   }
   const auto name = queryInterfaceNameWithServiceID(serviceID);

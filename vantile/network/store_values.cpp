@@ -1,6 +1,7 @@
 #include "vantile/network/store_values.h"
 
 #include <cmath>
+#include <limits>
 
 namespace vantile {
 
@@ -28,6 +29,17 @@ std::optional<std::string> textIn(const Dictionary* dictionary, std::string_view
 bool isNumber(const Dictionary* dictionary, std::string_view key, std::uint32_t number) {
   const auto found = dictionary ? dictionary->number(key) : std::nullopt;
   return found && std::trunc(*found) == number;
+}
+
+std::optional<std::uint64_t> wholeIn(const Dictionary* dictionary, std::string_view key) {
+  const auto* const value = valueIn(dictionary, key);
+  if (!value) return std::nullopt;
+  if (const auto whole = value->uint64()) return whole;
+  constexpr auto most = std::numeric_limits<std::uint64_t>::max();
+  const auto number = value->number();
+  if (!number) return std::nullopt;
+  if (!(*number > 0)) return 0;  // NaN, too
+  return *number < static_cast<double>(most) ? static_cast<std::uint64_t>(*number) : most;
 }
 
 std::optional<bool> truthOf(const Value* value) {

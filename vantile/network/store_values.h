@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,8 @@ const Value* valueIn(const Dictionary* dictionary, std::string_view key);
 std::optional<std::string> textIn(const Dictionary* dictionary, std::string_view key);
 /// Whether the value is a number whose integer part is `number`.
 bool isNumber(const Dictionary* dictionary, std::string_view key, std::uint32_t number);
+/// The number as a whole one, cut off, that is at least 0; nothing where there is no number.
+std::optional<std::uint64_t> wholeIn(const Dictionary* dictionary, std::string_view key);
 /// What a boolean or a number says as a boolean; nothing for any other value.
 std::optional<bool> truthOf(const Value* value);
 

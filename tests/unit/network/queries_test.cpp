@@ -1,3 +1,6 @@
+#include <cmath>
+#include <limits>
+
 #include "unit/network/net_manage_fixture.h"
 
 namespace vantile::testing {
@@ -204,6 +207,25 @@ TEST_F(Queries, AModemWithoutASpeedHasItsHighestOneWhichIsNotKept) {
   EXPECT_EQ(manage().querySpeedWithServiceID("B"), 56'000u);
   state("B", "Modem").set("ConnectSpeed", 48'000);
   EXPECT_EQ(manage().querySpeedWithServiceID("B"), 48'000u);
+}
+
+TEST_F(Queries, AModemsSpeedMayBeAnyNumber) {
+  state("B", "PPP").set("Status", 8);
+  const std::vector<std::pair<Value, std::uint64_t>> speeds = {
+      {48'000.9, 48'000},
+      {1e300, std::numeric_limits<std::uint64_t>::max()},
+      {-1.5, 0},
+      {std::int64_t{-7}, 0},
+      {std::nan(""), 0},
+      {0, 0},
+      {std::uint64_t{1} << 40, std::uint64_t{1} << 40}};
+  for (const auto& [held, speed] : speeds) {
+    state("B", "Modem").set("ConnectSpeed", held);
+    EXPECT_EQ(manage().querySpeedWithServiceID("B"), speed);
+    change();
+  }
+  state("B", "Modem").set("ConnectSpeed", "48000");
+  EXPECT_EQ(manage().querySpeedWithServiceID("B"), 56'000u) << "no number";
 }
 
 TEST_F(Queries, AnInterfacesSpeedIsTheLinksOrTheUsual) {
