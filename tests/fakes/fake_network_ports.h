@@ -74,6 +74,7 @@ class FakeInterfaces final : public InterfaceCounters, public InterfaceFacts {
  public:
   bool read(InterfaceReadings& into) override {
     ++counterReads;
+    if (onRead) onRead();
     if (refuses) return false;
     into.readings = readings;
     into.count = readings.size();
@@ -81,8 +82,9 @@ class FakeInterfaces final : public InterfaceCounters, public InterfaceFacts {
     into.width = width;
     return true;
   }
-  bool isEthernetDevice(std::string_view name) override {
+  std::optional<bool> isEthernetDevice(std::string_view name) override {
     ++ethernetReads;
+    if (refusesFacts) return std::nullopt;
     return std::find(ethernet.begin(), ethernet.end(), name) != ethernet.end();
   }
   std::optional<std::uint64_t> linkSpeed(std::string_view name) override {
@@ -106,7 +108,8 @@ class FakeInterfaces final : public InterfaceCounters, public InterfaceFacts {
 
   std::vector<InterfaceReading> readings;
   CounterWidth width = CounterWidth::bits32;
-  bool refuses = false;
+  bool refuses = false, refusesFacts = false;
+  std::function<void()> onRead;       ///< the counters are read
   std::vector<std::string> ethernet;  ///< names that count as Ethernet
   std::map<std::string, std::uint64_t, std::less<>> speeds;
   int counterReads = 0, speedReads = 0, ethernetReads = 0;

@@ -178,7 +178,7 @@ TEST(LiveInterfaceFacts, VirtualLinksAreNoDevices) {
     ip("tuntap add tap9 mode tap");
     const auto facts = systemInterfaceFacts();
     for (const char* const name : {"va", "br9", "mv9", "tap9", "lo", "none"})
-      EXPECT_FALSE(facts->isEthernetDevice(name)) << name;
+      EXPECT_EQ(facts->isEthernetDevice(name), false) << name;
   });
 }
 

@@ -54,8 +54,8 @@ TEST_F(InterfaceFactsSeam, AParentWithoutANumberHasNone) {
 }
 
 TEST_F(InterfaceFactsSeam, NoOtherNamesAreEthernet) {
-  EXPECT_FALSE(systemInterfaceFacts()->isEthernetDevice("en0"));
-  EXPECT_FALSE(systemInterfaceFacts()->isEthernetDevice("fw0"));
+  EXPECT_EQ(systemInterfaceFacts()->isEthernetDevice("en0"), false);
+  EXPECT_EQ(systemInterfaceFacts()->isEthernetDevice("fw0"), false);
 }
 
 }  // namespace

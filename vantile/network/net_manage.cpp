@@ -65,6 +65,7 @@ void NetManage::clearHistory() {
   const std::lock_guard turn(turn_);
   interfaceDetails.reset();
   unanswered_.clear();
+  speedless_.clear();
   primaryName.reset();
   primaryService.reset();
   serviceToName.clear();
@@ -76,13 +77,19 @@ void NetManage::clearHistory() {
   ethernet_.clear();
 }
 
-/// Kept, since the system may have to be asked.
-bool NetManage::isEthernet(TextArgument name) {
+/// Kept, since the system may have to be asked; nothing while that can't be done.
+std::optional<bool> NetManage::toldEthernet(TextArgument name) {
   const std::lock_guard turn(turn_);
   if (!name) return false;
   const auto known = ethernet_.find(*name);
   if (known != ethernet_.end()) return known->second;
-  return ethernet_.emplace(*name, isEthernetName(*ports_->facts, *name)).first->second;
+  const auto told = isEthernetName(*ports_->facts, *name);
+  if (told) ethernet_.emplace(*name, *told);
+  return told;
+}
+
+bool NetManage::isEthernet(TextArgument name) {
+  return toldEthernet(name).value_or(false);
 }
 
 std::shared_ptr<const Dictionary> NetManage::sysconfigValueForKey(std::string_view key) {
@@ -178,8 +185,9 @@ NetManage::Text NetManage::queryUnderlyingInterfaceNameWithServiceID(TextArgumen
   const auto link = sysconfigValueForKey(storeKey(store::pppState, *serviceID));
   const auto device = textIn(setup.get(), "DeviceName");
   const auto linkName = textIn(link.get(), "InterfaceName");
-  const auto& name = linkName && !isEthernet(device) ? linkName : device;
-  if (name) underlyingInterface.emplace(*serviceID, *name);
+  const auto ethernet = linkName ? toldEthernet(device) : false;
+  const auto& name = linkName && !ethernet.value_or(false) ? linkName : device;
+  if (name && ethernet) underlyingInterface.emplace(*serviceID, *name);
   return name;
 }
 

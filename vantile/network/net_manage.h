@@ -92,6 +92,7 @@ class VANTILE_API NetManage final {
   Text mainValue(Text& cached, std::string_view key);
   std::shared_ptr<Array> serviceOrder();
   void askPppAgain();
+  std::optional<bool> toldEthernet(TextArgument name);
   void askUnanswered();
   bool addPppStatus(Dictionary& entry, const std::string& serviceID);
   std::shared_ptr<Dictionary> serviceEntry(const std::string& serviceID);
@@ -99,7 +100,7 @@ class VANTILE_API NetManage final {
   void addPpp(const std::shared_ptr<Dictionary>& entry, const std::string& serviceID);
   void addAddresses(Dictionary& entry, const std::string& serviceID);
   void addInterfaceState(Dictionary& entry, const std::string& device);
-  void addSpeed(Dictionary& entry, const std::string& serviceID, const std::string& device);
+  bool addSpeed(Dictionary& entry, const std::string& serviceID, const std::string& device);
   std::shared_ptr<Dictionary> configuration(const std::string& serviceID, const std::string& stat,
                                             std::string_view name);
   bool hasInterface(const std::string& serviceID, std::string_view name);
@@ -116,6 +117,7 @@ class VANTILE_API NetManage final {
   Cache<std::string> serviceToName;
   Cache<std::string> nameToService;
   Text nobodys_;  // the interface that no service was found to have last
+  std::vector<std::shared_ptr<Dictionary>> speedless_;   // and those that the platform did
   Cache<std::uint64_t> serviceSpeed;
   Cache<std::string> underlyingInterface;
   Cache<bool> interfaceUp;

@@ -66,11 +66,17 @@ void NetManage::askPppAgain() {
   }
 }
 
-/// What the daemon left open when the entry was made, being away for instance, it may tell by now.
+/// What the daemon left open when the entry was made, being away for instance, it may tell by now,
+/// and so may the platform.
 void NetManage::askUnanswered() {
   std::erase_if(unanswered_, [this](const auto& entry) {
     const auto serviceID = textIn(entry.get(), keys::service_id);
     return !serviceID || addPppStatus(*entry, *serviceID);
+  });
+  std::erase_if(speedless_, [this](const auto& entry) {
+    const auto serviceID = textIn(entry.get(), keys::service_id);
+    const auto device = textIn(entry.get(), keys::device_name);
+    return !serviceID || !device || addSpeed(*entry, *serviceID, *device);
   });
 }
 
@@ -93,7 +99,7 @@ std::shared_ptr<Dictionary> NetManage::serviceEntry(const std::string& serviceID
   addAddresses(entry, serviceID);
   if (const auto device = textIn(&entry, keys::device_name)) {
     addInterfaceState(entry, *device);
-    addSpeed(entry, serviceID, *device);
+    if (!addSpeed(entry, serviceID, *device)) speedless_.push_back(made);
   }
   return made;
 }
@@ -148,15 +154,18 @@ void NetManage::addInterfaceState(Dictionary& entry, const std::string& device) 
   copyValue(entry, keys::linkactive_status, link.get(), "Active");
 }
 
-/// No entry has a "devicename", so that as a rule only Ethernet interfaces have a speed.
-void NetManage::addSpeed(Dictionary& entry, const std::string& serviceID,
+/// No entry has a "devicename", so that as a rule only Ethernet interfaces have a speed. Whether
+/// the platform told if it is one.
+bool NetManage::addSpeed(Dictionary& entry, const std::string& serviceID,
                          const std::string& device) {
-  if (isEthernet(device)) return entry.set(keys::link_speed, speedForInterfaceName(device));
-  if (textIn(&entry, "devicename") != "modem") return;
+  const auto ethernet = toldEthernet(device);
+  if (ethernet == true) entry.set(keys::link_speed, speedForInterfaceName(device));
+  if (ethernet == true || textIn(&entry, "devicename") != "modem") return ethernet.has_value();
   const auto modem = sysconfigValueForKey(storeKey(store::modemState, serviceID));
   const auto state = sysconfigValueForKey(storeKey(store::pppState, serviceID));
   if (valueIn(modem.get(), "ConnectSpeed") && isNumber(state.get(), "Status", pppRunning))
     copyValue(entry, keys::link_speed, state.get(), "ConnectSpeed");
+  return ethernet.has_value();
 }
 
 }  // namespace vantile

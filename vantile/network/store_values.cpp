@@ -5,8 +5,8 @@
 
 namespace vantile {
 
-bool isEthernetName(InterfaceFacts& facts, std::string_view name) {
-  return name.starts_with("en") || facts.isEthernetDevice(name);
+std::optional<bool> isEthernetName(InterfaceFacts& facts, std::string_view name) {
+  return name.starts_with("en") ? true : facts.isEthernetDevice(name);
 }
 
 std::string storeKey(std::string_view pattern, std::string_view name) {

@@ -11,8 +11,8 @@
 namespace vantile {
 
 /// Whether the name begins with "en", or the platform counts the interface as Ethernet all the
-/// same.
-bool isEthernetName(InterfaceFacts& facts, std::string_view name);
+/// same; nothing while it can't be asked.
+std::optional<bool> isEthernetName(InterfaceFacts& facts, std::string_view name);
 
 /// The store's key with what stands in place of "%@", "State:/Network/Service/%@/PPP" for instance.
 std::string storeKey(std::string_view pattern, std::string_view name);

@@ -16,8 +16,9 @@ class InterfaceFacts {
 
   /// Whether the platform counts it as Ethernet though its name does not begin with "en".
   /// macOS: never, its names are rule enough. Linux: a link of Ethernet type that is a device,
-  /// wired or wireless, and no bridge, tunnel or virtual link: "eth0", "wlan0".
-  virtual bool isEthernetDevice(std::string_view name) = 0;
+  /// wired or wireless, and no bridge, tunnel or virtual link: "eth0", "wlan0"; nothing while the
+  /// kernel can't be asked.
+  virtual std::optional<bool> isEthernetDevice(std::string_view name) = 0;
 
   /// The link's speed in bits per second, or nothing when the system does not tell, as while there
   /// is no link.

@@ -228,6 +228,20 @@ TEST_F(Queries, AModemsSpeedMayBeAnyNumber) {
   EXPECT_EQ(manage().querySpeedWithServiceID("B"), 56'000u) << "no number";
 }
 
+TEST_F(Queries, APlatformThatCantBeAskedCountsAsNoEthernetWhichIsNotKept) {
+  add("B", "eth0");
+  state("B", "PPP").set("InterfaceName", "ppp0");
+  interface("eth0", "Link").set("Active", false);
+  interfaces.ethernet = {"eth0"};
+  interfaces.refusesFacts = true;
+  EXPECT_EQ(isUp("eth0"), true);
+  EXPECT_EQ(manage().queryUnderlyingInterfaceNameWithServiceID("B"), "ppp0");
+  EXPECT_EQ(isUp("en0"), true) << "which need not be asked for";
+  interfaces.refusesFacts = false;
+  EXPECT_EQ(isUp("eth0"), false);
+  EXPECT_EQ(manage().queryUnderlyingInterfaceNameWithServiceID("B"), "eth0");
+}
+
 TEST_F(Queries, AnInterfacesSpeedIsTheLinksOrTheUsual) {
   interfaces.speeds["en7"] = 1'000'000'000;
   EXPECT_EQ(manage().speedForInterfaceName("en7"), 1'000'000'000u);

@@ -190,6 +190,24 @@ TEST_F(Services, WhoseDeviceCountsAsEthernetHaveASpeed) {
   EXPECT_EQ(entry().uint64("link_speed"), 100'000'000u);
 }
 
+TEST_F(Services, WhosePlatformCouldNotBeAskedHaveTheirSpeedLater) {
+  add("A", "wlan0");
+  interfaces.ethernet = {"wlan0"};
+  interfaces.speeds["wlan0"] = 866'700'000;
+  interfaces.refusesFacts = true;
+  const auto list = manage().queryInterfaceLists();
+  const auto& entry = **list->at(0).as<std::shared_ptr<Dictionary>>();
+  EXPECT_FALSE(entry.contains("link_speed"));
+  manage_->queryInterfaceLists();
+  EXPECT_FALSE(entry.contains("link_speed"));
+  interfaces.refusesFacts = false;
+  EXPECT_EQ(manage_->queryInterfaceLists(), list);
+  EXPECT_EQ(entry.uint64("link_speed"), 866'700'000u);
+  interfaces.speedReads = 0;
+  manage_->queryInterfaceLists();
+  EXPECT_EQ(interfaces.speedReads, 0);
+}
+
 TEST_F(Services, BeginWithThePrimaryOne) {
   order({"A", "B", "C", "D"});
   for (const char* const each : {"B", "C", "D"}) add(each, "en1");

@@ -55,33 +55,33 @@ struct FactsOfAFake : ::testing::Test {
 
 TEST_F(FactsOfAFake, ALinkOfEthernetTypeWithAParentIsADevice) {
   device("lan0");
-  EXPECT_TRUE(facts.isEthernetDevice("lan0"));
+  EXPECT_EQ(facts.isEthernetDevice("lan0"), true);
 }
 
 TEST_F(FactsOfAFake, ALinkOfAKindIsNoDevice) {
   for (const char* const kind : {"veth", "bridge", "tun", "macvlan"}) {
     link("lan0", 1, attribute(18, attribute(1, kind)) + attribute(56, "0000:00:1f.6\0"s));
-    EXPECT_FALSE(facts.isEthernetDevice("lan0")) << kind;
+    EXPECT_EQ(facts.isEthernetDevice("lan0"), false) << kind;
   }
 }
 
 TEST_F(FactsOfAFake, APortOfASwitchIsADevice) {
   link("lan1", 1, attribute(18, attribute(1, "dsa")) + attribute(56, "switch@0\0"s));
-  EXPECT_TRUE(facts.isEthernetDevice("lan1"));
+  EXPECT_EQ(facts.isEthernetDevice("lan1"), true);
 }
 
 TEST_F(FactsOfAFake, ALinkOfAnotherTypeIsNoDevice) {
   link("ib0", 32, attribute(56, "0000:00:1f.6\0"s));
-  EXPECT_FALSE(facts.isEthernetDevice("ib0"));
+  EXPECT_EQ(facts.isEthernetDevice("ib0"), false);
 }
 
 TEST_F(FactsOfAFake, OnAnOldKernelTheFolderTellsOfTheDevice) {
   link("eth0", 1, "");
-  EXPECT_FALSE(facts.isEthernetDevice("eth0"));
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), false);
   file("eth0/ifindex", "4\n");
-  EXPECT_FALSE(facts.isEthernetDevice("eth0"));
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), false);
   file("eth0/device/vendor", "0x8086\n");
-  EXPECT_TRUE(facts.isEthernetDevice("eth0"));
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), true);
 }
 
 TEST_F(FactsOfAFake, AFolderOfAnotherNetworkIsNotBelieved) {
@@ -89,7 +89,7 @@ TEST_F(FactsOfAFake, AFolderOfAnotherNetworkIsNotBelieved) {
   file("eth0/ifindex", "5\n");
   file("eth0/device/vendor", "0x8086\n");
   file("eth0/speed", "1000\n");
-  EXPECT_FALSE(facts.isEthernetDevice("eth0"));
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), false);
   EXPECT_EQ(facts.linkSpeed("eth0"), std::nullopt);
 }
 
@@ -97,7 +97,7 @@ TEST_F(FactsOfAFake, ANameThatNoLinkCanHaveIsNotAskedFor) {
   device("x");
   for (const auto& name : {""s, "."s, ".."s, "../eth0"s, "a/b"s, "eth0\0x"s, std::string(16, 'x'),
                            std::string(1 << 20, '\xFF')}) {
-    EXPECT_FALSE(facts.isEthernetDevice(name));
+    EXPECT_EQ(facts.isEthernetDevice(name), false);
     EXPECT_EQ(facts.linkSpeed(name), std::nullopt);
   }
   EXPECT_TRUE(kernel.requests.empty());
@@ -106,22 +106,33 @@ TEST_F(FactsOfAFake, ANameThatNoLinkCanHaveIsNotAskedFor) {
 TEST_F(FactsOfAFake, AnyOtherBytesMayBeAName) {
   const auto name = "\xFF %\n\x01"s;
   device(name);
-  EXPECT_TRUE(facts.isEthernetDevice(name));
+  EXPECT_EQ(facts.isEthernetDevice(name), true);
   device("fifteen-letters");
-  EXPECT_TRUE(facts.isEthernetDevice("fifteen-letters"));
+  EXPECT_EQ(facts.isEthernetDevice("fifteen-letters"), true);
 }
 
 TEST_F(FactsOfAFake, AnAnswerAboutALinkOfAnotherNameIsNone) {
   device("enp0s31f6");
-  EXPECT_FALSE(facts.isEthernetDevice("eth0"));
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), false);
+}
+
+TEST_F(FactsOfAFake, ALinkThatIsNotThereIsNoDevice) {
+  kernel.answers[RTM_GETLINK] = FakeNetlink::refusal(ENODEV);
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), false);
+  EXPECT_EQ(facts.linkSpeed("eth0"), std::nullopt);
 }
 
 TEST_F(FactsOfAFake, WithoutAnAnswerNothingIsKnown) {
-  kernel.answers[RTM_GETLINK] = FakeNetlink::refusal(ENODEV);
-  EXPECT_FALSE(facts.isEthernetDevice("eth0"));
-  EXPECT_EQ(facts.linkSpeed("eth0"), std::nullopt);
-  kernel.opens = false;
-  EXPECT_FALSE(facts.isEthernetDevice("eth0"));
+  for (const int error : {ENOBUFS, EPERM}) {
+    kernel.answers[RTM_GETLINK] = FakeNetlink::refusal(error);
+    EXPECT_EQ(facts.isEthernetDevice("eth0"), std::nullopt) << error;
+    EXPECT_EQ(facts.linkSpeed("eth0"), std::nullopt);
+  }
+  device("eth0");
+  kernel.opens = false;  // no descriptor is left
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), std::nullopt);
+  kernel.opens = true;
+  EXPECT_EQ(facts.isEthernetDevice("eth0"), true);
 }
 
 TEST_F(FactsOfAFake, TheSpeedIsEthtools) {

@@ -25,28 +25,23 @@ bool mayBeName(std::string_view name) {
          name != "." && name != "..";
 }
 
-/// A link that was made rather than found. A port of a switch is of a kind, and yet hardware.
-bool isVirtual(std::string_view kind) {
-  return !kind.empty() && kind != "dsa";
-}
-
 }  // namespace
 
-std::optional<LinuxInterfaceFacts::Link> LinuxInterfaceFacts::link(std::string_view name) const {
-  if (!mayBeName(name)) return std::nullopt;
+LinuxInterfaceFacts::Told LinuxInterfaceFacts::link(std::string_view name) const {
+  if (!mayBeName(name)) return {};
   std::optional<Link> found;
   NetlinkLister lister(NETLINK_ROUTE, open_);
   LinkRequest request(name);
-  lister.list(
+  const auto outcome = lister.list(
       request, [&found] { found.reset(); },
       [&](const NetlinkMessage& message) {
         const auto told = parseLinkMessage(message.payload);
         // The kernel may find a link by another of its names.
         if (!told || told->name != name) return;
         const bool ethernet = static_cast<LinkType>(told->type) == LinkType::ethernet;
-        found = Link{told->index, ethernet, isVirtual(told->kind), !told->parentDevice.empty()};
+        found = Link{told->index, ethernet, isOfADevice(told->kind), !told->parentDevice.empty()};
       });
-  return found;
+  return {outcome != NetlinkLister::Outcome::failed, found};
 }
 
 /// The link's folder, where it is this link's.
@@ -58,9 +53,10 @@ std::optional<std::string> LinuxInterfaceFacts::folderOf(std::string_view name,
   return folder;
 }
 
-bool LinuxInterfaceFacts::isEthernetDevice(std::string_view name) {
-  const auto known = link(name);
-  if (!known || !known->ethernet || known->isVirtual) return false;
+std::optional<bool> LinuxInterfaceFacts::isEthernetDevice(std::string_view name) {
+  const auto [answered, known] = link(name);
+  if (!answered) return std::nullopt;
+  if (!known || !known->ethernet || !known->ofADevice) return false;
   if (known->hasParent) return true;
   const auto folder = folderOf(name, *known);
   std::error_code missing;
@@ -68,7 +64,7 @@ bool LinuxInterfaceFacts::isEthernetDevice(std::string_view name) {
 }
 
 std::optional<std::uint64_t> LinuxInterfaceFacts::linkSpeed(std::string_view name) {
-  const auto known = link(name);
+  const auto known = link(name).link;
   if (!known) return std::nullopt;
   const GenericNetlink generic(open_);
   if (const auto speed = generic.linkSpeed(known->index)) return speed;

@@ -18,16 +18,21 @@ class LinuxInterfaceFacts final : public InterfaceFacts {
   explicit LinuxInterfaceFacts(OpenNetlink open, const LinuxRoots& roots = {})
       : open_(std::move(open)), folder_(roots.sys + "/class/net/") {}
 
-  bool isEthernetDevice(std::string_view name) override;
+  std::optional<bool> isEthernetDevice(std::string_view name) override;
   std::optional<std::uint64_t> linkSpeed(std::string_view name) override;
 
  private:
   struct Link {
     std::uint32_t index = 0;
-    bool ethernet = false, isVirtual = false, hasParent = false;
+    bool ethernet = false, ofADevice = false, hasParent = false;
+  };
+  /// What the kernel told of a link.
+  struct Told {
+    bool answered = true;
+    std::optional<Link> link;  ///< nothing where there is none of the name
   };
 
-  std::optional<Link> link(std::string_view name) const;
+  Told link(std::string_view name) const;
   std::optional<std::string> folderOf(std::string_view name, const Link& link) const;
 
   const OpenNetlink open_;

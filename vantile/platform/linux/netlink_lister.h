@@ -19,7 +19,7 @@ class NetlinkLister {
     whole,
     interrupted,  ///< it changed while it was listed, each time: entries may be missing or twice
     unsupported,  ///< the kernel does not know the request
-    missing,      ///< there is nothing of the kind, as no table of routes in a new network
+    missing,      ///< there is no such thing, as no table of routes in a new network, or no link
     failed,
   };
   /// What a call for a message may answer: whether the rest of the list is wanted too.
@@ -81,7 +81,7 @@ class NetlinkLister {
 
   static Outcome ending(std::uint32_t error, bool interrupted) {
     if (error == EOPNOTSUPP) return Outcome::unsupported;
-    if (error == ENOENT) return Outcome::missing;
+    if (error == ENOENT || error == ENODEV) return Outcome::missing;
     if (error != 0) return Outcome::failed;
     return interrupted ? Outcome::interrupted : Outcome::whole;
   }

@@ -43,7 +43,7 @@ io_registry_entry_t parentOf(io_service_t service) {
 
 class MacosInterfaceFacts final : public InterfaceFacts {
  public:
-  bool isEthernetDevice(std::string_view) override { return false; }
+  std::optional<bool> isEthernetDevice(std::string_view) override { return false; }
 
   std::optional<std::uint64_t> linkSpeed(std::string_view name) override {
     const auto property = stringOf("IOLinkSpeed");
