@@ -100,7 +100,8 @@ TEST_F(NetworkTable, DevicesComeBeforeVirtualLinksThenTheIndexDecides) {
   network.routes.clear();
   link(1, "a", 1, up, "tun");
   link(9, "z", 1, up, "", "usb-1");
-  EXPECT_EQ(order(), (Texts{eth0, wlan0, "interface-z", "interface-a", br0}));
+  link(10, "lan1", 1, up, "dsa", "switch");
+  EXPECT_EQ(order(), (Texts{eth0, wlan0, "interface-z", "interface-lan1", "interface-a", br0}));
 }
 
 TEST_F(NetworkTable, AServiceKeepsItsIdentifierWhenItsDeviceIsRenamed) {
@@ -109,9 +110,11 @@ TEST_F(NetworkTable, AServiceKeepsItsIdentifierWhenItsDeviceIsRenamed) {
   EXPECT_EQ(text("Setup:/Network/Service/" + eth0 + "/Interface", "DeviceName"), "lan0");
 }
 
-TEST_F(NetworkTable, AnAddressThatTwoDevicesHaveIdentifiesNone) {
-  link(3, "wlan0", 1, up, "", "0000:02:00.0", "\x52\x54\x00\xA1\xB2\xC3"s);
-  EXPECT_EQ(order(), (Texts{"interface-eth0", "interface-wlan0", br0}));
+TEST_F(NetworkTable, AnAddressThatSeveralLinksHaveIdentifiesTheFirst) {
+  link(7, "wlan1", 1, up, "", "0000:02:00.0", "\x52\x54\x00\x00\x00\x07"s);
+  link(8, "lan1", 1, up, "dsa", "switch", "\x52\x54\x00\xA1\xB2\xC3"s);
+  EXPECT_EQ(order(), (Texts{eth0, wlan0, "interface-wlan1", "interface-lan1", br0}))
+      << "the others stay as they were";
 }
 
 TEST_F(NetworkTable, ThePrimaryServiceIsThatOfTheDefaultRoute) {
@@ -193,7 +196,16 @@ TEST_F(NetworkTable, KindsOfVirtualLinksHaveTheirWords) {
                                                                   {"tun", "Tunnel"},
                                                                   {"wireguard", "WireGuard"},
                                                                   {"wwan", "Mobile Broadband"},
-                                                                  {"vxlan", "Tunnel"}};
+                                                                  {"vxlan", "Tunnel"},
+                                                                  {"ip6gretap", "Tunnel"},
+                                                                  {"erspan", "Tunnel"},
+                                                                  {"dummy", "Virtual Ethernet"},
+                                                                  {"ifb", "Virtual Ethernet"},
+                                                                  {"macsec", "MACsec"},
+                                                                  {"batadv", "Mesh"},
+                                                                  {"vrf", "VRF"},
+                                                                  {"can", "CAN"},
+                                                                  {"dsa", "Ethernet"}};
   for (const auto& [kind, word] : words) {
     link(9, "x9", 1, up, kind);
     EXPECT_EQ(hardware("interface-x9"), word) << kind;
@@ -206,6 +218,13 @@ TEST_F(NetworkTable, HardwareThatIsNotKnownIsAbsent) {
   EXPECT_EQ(text("Setup:/Network/Service/interface-x9/Interface", "Type"), "absent");
   link(9, "x9", 32, up);
   EXPECT_EQ(hardware("interface-x9"), "InfiniBand");
+}
+
+TEST_F(NetworkTable, AKindWithoutWordsIsNotCalledByItsLinksType) {
+  for (const auto type : {std::uint16_t{1}, std::uint16_t{24}, std::uint16_t{32}}) {
+    link(9, "x9", type, up, "news");
+    EXPECT_EQ(hardware("interface-x9"), "absent") << type;
+  }
 }
 
 TEST_F(NetworkTable, AServiceHasNoNameOfAUsers) {

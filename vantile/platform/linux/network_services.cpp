@@ -15,29 +15,53 @@ namespace {
 
 using Words = std::pair<std::string_view, std::string_view>;
 
-/// Kinds of links that no driver of a device made.
-constexpr std::array virtualKinds{Words{"bridge", "Bridge"},
-                                  Words{"bond", "Bond"},
-                                  Words{"team", "Bond"},
-                                  Words{"vlan", "VLAN"},
-                                  Words{"veth", "Virtual Ethernet"},
-                                  Words{"macvlan", "Virtual Ethernet"},
-                                  Words{"macvtap", "Virtual Ethernet"},
-                                  Words{"ipvlan", "Virtual Ethernet"},
-                                  Words{"tun", "Tunnel"},
-                                  Words{"gre", "Tunnel"},
-                                  Words{"gretap", "Tunnel"},
-                                  Words{"sit", "Tunnel"},
-                                  Words{"ipip", "Tunnel"},
-                                  Words{"ip6tnl", "Tunnel"},
-                                  Words{"vti", "Tunnel"},
-                                  Words{"xfrm", "Tunnel"},
-                                  Words{"vxlan", "Tunnel"},
-                                  Words{"geneve", "Tunnel"},
-                                  Words{"wireguard", "WireGuard"},
-                                  Words{"wwan", "Mobile Broadband"},
-                                  Words{"ppp", "PPP"},
-                                  Words{"ipoib", "InfiniBand"}};
+/// Kinds of links. One that is not here has no words: that it is of Ethernet type says nothing of
+/// what it is.
+constexpr std::array linkKinds{Words{"dsa", "Ethernet"},
+                               Words{"bridge", "Bridge"},
+                               Words{"bond", "Bond"},
+                               Words{"team", "Bond"},
+                               Words{"vlan", "VLAN"},
+                               Words{"vrf", "VRF"},
+                               Words{"macsec", "MACsec"},
+                               Words{"batadv", "Mesh"},
+                               Words{"can", "CAN"},
+                               Words{"vcan", "CAN"},
+                               Words{"vxcan", "CAN"},
+                               Words{"dummy", "Virtual Ethernet"},
+                               Words{"ifb", "Virtual Ethernet"},
+                               Words{"netdevsim", "Virtual Ethernet"},
+                               Words{"netkit", "Virtual Ethernet"},
+                               Words{"veth", "Virtual Ethernet"},
+                               Words{"macvlan", "Virtual Ethernet"},
+                               Words{"macvtap", "Virtual Ethernet"},
+                               Words{"ipvlan", "Virtual Ethernet"},
+                               Words{"ipvtap", "Virtual Ethernet"},
+                               Words{"tun", "Tunnel"},
+                               Words{"gre", "Tunnel"},
+                               Words{"gretap", "Tunnel"},
+                               Words{"ip6gre", "Tunnel"},
+                               Words{"ip6gretap", "Tunnel"},
+                               Words{"erspan", "Tunnel"},
+                               Words{"ip6erspan", "Tunnel"},
+                               Words{"l2tp", "Tunnel"},
+                               Words{"gtp", "Tunnel"},
+                               Words{"bareudp", "Tunnel"},
+                               Words{"amt", "Tunnel"},
+                               Words{"ovpn", "Tunnel"},
+                               Words{"sit", "Tunnel"},
+                               Words{"ipip", "Tunnel"},
+                               Words{"ip6tnl", "Tunnel"},
+                               Words{"vti", "Tunnel"},
+                               Words{"vti6", "Tunnel"},
+                               Words{"xfrm", "Tunnel"},
+                               Words{"vxlan", "Tunnel"},
+                               Words{"geneve", "Tunnel"},
+                               Words{"wireguard", "WireGuard"},
+                               Words{"wwan", "Mobile Broadband"},
+                               Words{"rmnet", "Mobile Broadband"},
+                               Words{"ppp", "PPP"},
+                               Words{"ipoib", "InfiniBand"}};
 
 /// Types of NetworkManager's connections, for devices that are not there.
 constexpr std::array connectionTypes{Words{"802-3-ethernet", "Ethernet"},
@@ -68,7 +92,7 @@ std::string_view hardwareOf(const NetworkLink& link, bool wireless) {
   const auto type = static_cast<LinkType>(link.type);
   if (type == LinkType::ppp) return "PPP";
   if (wireless) return "Wi-Fi";
-  if (const auto words = wordsFor(virtualKinds, link.kind); !words.empty()) return words;
+  if (!link.kind.empty()) return wordsFor(linkKinds, link.kind);
   switch (type) {
     case LinkType::ethernet:
       return "Ethernet";
@@ -92,15 +116,18 @@ const NetworkLink* linkCalled(const NetworkModel& network, std::string_view name
   return found == network.links.end() ? nullptr : &*found;
 }
 
-bool isItsAlone(const NetworkModel& network, const std::string& permanentAddress) {
-  return std::count_if(network.links.begin(), network.links.end(), [&](const auto& each) {
-           return each.permanentAddress == permanentAddress;
-         }) == 1;
+/// The device itself comes before what else has its address: the ports of a switch, a second link
+/// of a radio. So its identifier stays when these come.
+bool isFirstWithItsAddress(const NetworkModel& network, const NetworkLink& link) {
+  const auto first = std::find_if(
+      network.links.begin(), network.links.end(),
+      [&link](const auto& each) { return each.permanentAddress == link.permanentAddress; });
+  return &*first == &link;
 }
 
 std::string ownIdentifier(const NetworkModel& network, const NetworkLink& link) {
   const auto& address = link.permanentAddress;
-  const bool identifies = !address.empty() && isItsAlone(network, address);
+  const bool identifies = !address.empty() && isFirstWithItsAddress(network, link);
   return identifies ? "hardware-" + hexadecimal(address) : "interface-" + link.name;
 }
 
@@ -147,7 +174,7 @@ std::vector<const NetworkLink*> others(const NetworkModel& network,
     const bool taken = std::any_of(services.begin(), services.end(),
                                    [&link](const auto& service) { return service.link == &link; });
     if (link.loopback || taken) continue;
-    const bool isVirtual = !link.kind.empty() || link.parentDevice.empty();
+    const bool isVirtual = !isOfADevice(link.kind) || link.parentDevice.empty();
     ranked.emplace_back(Rank(waysOut(network, link), isVirtual, link.index), &link);
   }
   std::sort(ranked.begin(), ranked.end());
