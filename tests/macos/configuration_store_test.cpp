@@ -67,9 +67,10 @@ TEST_F(ConfigurationStoreSeam, GivesNothingForAKeyThatIsNoText) {
   EXPECT_TRUE(fakes::machine.storeReads.empty());
 }
 
-TEST_F(ConfigurationStoreSeam, TellsOfChangesOnTheRunLoop) {
+TEST_F(ConfigurationStoreSeam, TellsOfChangesOnTheRunLoopInItsDefaultMode) {
   int changes = 0;
   const auto session = open([&changes] { ++changes; });
+  EXPECT_EQ(fakes::machine.sourcesInDefaultMode, 1);
   EXPECT_EQ(changes, 0);
   fakes::changeStore();
   fakes::changeStore();

@@ -1,8 +1,10 @@
 #include "vantile/platform/interface_counters.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "../fakes/routing_messages.h"
+#include "../live/sanitized.h"
 #include "seam.h"
 
 namespace vantile {
@@ -64,6 +66,19 @@ TEST_F(InterfaceCountersSeam, ASmallerListKeepsTheLargerBuffer) {
   const auto& buffers = fakes::machine.routingBuffers;
   EXPECT_EQ(std::count(buffers.begin(), buffers.end(), buffers.front()), 3);
   EXPECT_EQ(fakes::machine.routingRooms.at(1), listOf(1).size()) << "the size that was told";
+}
+
+TEST_F(InterfaceCountersSeam, WithoutMemoryThereIsNothingAndNoBuffer) {
+  if (testing::sanitized) GTEST_SKIP() << "the sanitizer ends the process";
+  fakes::machine.routingList = listOf(3);
+  EXPECT_TRUE(counters->read(readings));
+  fakes::machine.routingSize = std::numeric_limits<std::size_t>::max() / 4;
+  EXPECT_FALSE(counters->read(readings));
+  EXPECT_EQ(fakes::machine.routingBuffers.size(), 1u) << "nothing is read into it";
+  fakes::machine.routingSize.reset();
+  fakes::machine.routingList = listOf(1);
+  EXPECT_TRUE(counters->read(readings));
+  EXPECT_EQ(readings.count, 1u);
 }
 
 TEST_F(InterfaceCountersSeam, ALargerListGetsALargerBuffer) {

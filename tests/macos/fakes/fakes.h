@@ -142,6 +142,7 @@ struct Machine {
   bool hasParent = true;                               ///< a service has one, 0x100 further on
   std::optional<std::string> routingList;              ///< bytes of the interfaces' list
   std::optional<std::string> routingListLater;         ///< what it becomes once its size was told
+  std::optional<std::size_t> routingSize;              ///< that is told instead of its own
   std::vector<const void*> routingBuffers;             ///< that it was put into
   std::vector<std::size_t> routingRooms;               ///< and how large they were said to be
 

@@ -72,6 +72,7 @@ int routingList(void* old, size_t* oldSize) {
     machine.routingRooms.push_back(*oldSize);
   }
   const int result = answer(machine.routingList ? &*machine.routingList : nullptr, old, oldSize);
+  if (!old && machine.routingSize) *oldSize = *machine.routingSize;
   if (!old && machine.routingListLater) machine.routingList = *machine.routingListLater;
   return result;
 }

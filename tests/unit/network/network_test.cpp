@@ -36,6 +36,13 @@ TEST_F(NetworkSample, LaterOnesCoverTheTimeSinceTheOneBefore) {
   EXPECT_EQ(*tick(1s).find("sampling_interval"), Value(1.0));
 }
 
+TEST_F(NetworkSample, TheTimeThatASampleTakesBelongsToNone) {
+  interfaces.onRead = [this] { ports.ppp->now += 5s; };
+  tick();
+  EXPECT_EQ(*tick(1s).find("sampling_interval"), Value(1.0));
+  EXPECT_EQ(*tick(2s).find("sampling_interval"), Value(2.0));
+}
+
 TEST_F(NetworkSample, TheMeasuredTimeMakesTheRate) {
   tick();
   interfaces["en0"].received += 1000;
@@ -246,10 +253,12 @@ TEST_F(NetworkSample, ARefusedSampleKeepsItsPlaceAndLeavesTheDetails) {
 }
 
 TEST_F(NetworkSample, EntriesStayUntilTheConfigurationChanges) {
-  const auto* const before = &tick();
-  EXPECT_EQ(&tick(), before);
+  tick();
+  const auto before = entries.at(0);
+  EXPECT_EQ(&tick(), before.get());
   change();
-  EXPECT_EQ(tick().size(), before->size());
+  EXPECT_NE(&tick(), before.get());
+  EXPECT_EQ(entries.at(0)->size(), before->size());
 }
 
 TEST_F(NetworkSample, TheInterfaceEn4IsAskedForFirst) {

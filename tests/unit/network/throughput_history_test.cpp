@@ -43,9 +43,15 @@ TEST_F(History, OfNoneOrLessHoldsTheNewestSample) {
 }
 
 TEST_F(History, ThatIsCutShorterLosesTheOldest) {
-  sizesWith(9, 8);
+  std::vector<std::weak_ptr<const Dictionary>> samples;
+  for (int i = 0; i < 8; ++i) {
+    auto sample = std::make_shared<const Dictionary>();
+    samples.push_back(sample);
+    history.add(std::move(sample), 1, 9);
+  }
   history.add(nullptr, 5, 3);
   EXPECT_EQ(history.size(), 3u);
+  for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(samples[i].expired(), i < 6) << i;
   EXPECT_EQ(history.newest(), nullptr);
   EXPECT_EQ(history.newestInterval(), 5.0);
 }

@@ -31,7 +31,7 @@ TEST_F(Throughput, IsMeasuredFromTheSampleOfTheStart) {
   EXPECT_EQ(entry(now, "en0")->number("peak_speek"), 300.0);
 }
 
-TEST_F(Throughput, TheSampleOfTheStartIsOfOneSecond) {
+TEST_F(Throughput, TheStartTakesOneSample) {
   EXPECT_EQ((manage(), interfaces.counterReads), 1);
 }
 
