@@ -31,8 +31,10 @@ struct NetworkPorts;
 /// Any thread; operations take turns. Changes are taken in where the making thread's loop is
 /// served. A name or service ID of nothing gives nothing, but where something else is said.
 ///
-/// macOS: SystemConfiguration's dynamic store, the routing sysctl, the I/O registry. Linux:
-/// rtnetlink, and NetworkManager where it runs.
+/// macOS: SystemConfiguration's dynamic store, the routing sysctl, the I/O registry, and the PPP
+/// daemon, for which `init`, a sample and a query of services or of a PPP interface wait 2 seconds
+/// at most, each in all. Linux: rtnetlink, ethtool and nl80211 over generic netlink, /sys, the
+/// resolver's files, and NetworkManager where it runs; no call waits for another program.
 class VANTILE_API NetManage final {
  public:
   using Text = std::optional<std::string>;
@@ -66,8 +68,9 @@ class VANTILE_API NetManage final {
   Text queryUnderlyingInterfaceNameWithServiceID(TextArgument serviceID);
   /// Bits per second; 10,000,000 when it can't be told, 56,000 for a modem that is not connected.
   std::uint64_t querySpeedWithServiceID(TextArgument serviceID);
-  /// Whether an Ethernet interface has a link and a PPP one is connected; on Linux a PPP interface
-  /// is up by its own flag. True for any other, false for nothing.
+  /// Whether an Ethernet interface has a link, and one whose name begins with "ppp" is connected;
+  /// on Linux the latter is up by its own flag. True for an Ethernet one of which no link state is
+  /// known and for any other, false for nothing.
   bool isUpWithinterfaceName(TextArgument name);
   /// What the store of the configuration holds under the key; null when that is nothing.
   std::shared_ptr<const Dictionary> sysconfigValueForKey(std::string_view key);
@@ -75,8 +78,9 @@ class VANTILE_API NetManage final {
   void clearHistory();
 
   /// What each interface moved since the call before, `seconds` ago: a dictionary of network_keys.h
-  /// by interface name, the loopback left out; null when the system refuses the counters. The
-  /// result stays as it is for as long as it is held.
+  /// by interface name, the loopback left out, and those of the PPP daemon that are not connected;
+  /// null when the system refuses the counters. The result stays as it is for as long as it is
+  /// held.
   std::shared_ptr<const Dictionary> netStatsWithInterval(double seconds);
   /// The link speed of the interface in bits per second; 10,000,000 when it can't be told.
   std::uint64_t speedForInterfaceName(TextArgument name);
@@ -88,11 +92,11 @@ class VANTILE_API NetManage final {
 
   explicit NetManage(NetworkPorts ports);
   bool begin(const std::weak_ptr<NetManage>& self);
+  std::optional<bool> toldEthernet(TextArgument name);
   bool isEthernet(TextArgument name);
   Text mainValue(Text& cached, std::string_view key);
   std::shared_ptr<Array> serviceOrder();
   void askPppAgain();
-  std::optional<bool> toldEthernet(TextArgument name);
   void askUnanswered();
   bool addPppStatus(Dictionary& entry, const std::string& serviceID);
   std::shared_ptr<Dictionary> serviceEntry(const std::string& serviceID);
@@ -113,11 +117,11 @@ class VANTILE_API NetManage final {
   std::shared_ptr<NetPPP> ppp;
   std::shared_ptr<Array> interfaceDetails;
   std::vector<std::shared_ptr<Dictionary>> unanswered_;  // its entries that the daemon left open
+  std::vector<std::shared_ptr<Dictionary>> speedless_;   // and those that the platform did
   Text primaryName, primaryService;
   Cache<std::string> serviceToName;
   Cache<std::string> nameToService;
   Text nobodys_;  // the interface that no service was found to have last
-  std::vector<std::shared_ptr<Dictionary>> speedless_;   // and those that the platform did
   Cache<std::uint64_t> serviceSpeed;
   Cache<std::string> underlyingInterface;
   Cache<bool> interfaceUp;

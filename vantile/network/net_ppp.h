@@ -33,11 +33,12 @@ struct NetworkPorts;
 /// any other.
 class VANTILE_API NetPPP final {
  public:
-  /// The controller that the process shares, made at the first call; null when the daemon can't be
-  /// reached, and then tried again at the next call. Never destroyed. Any thread.
+  /// The controller that the process shares, made at the first call; null when there is a daemon
+  /// and it can't be reached, and then tried again at the next call. Never destroyed. Any thread.
   static std::shared_ptr<NetPPP> singleton();
 
-  /// A new controller, connected; null when the daemon can't be reached.
+  /// A new controller, connected where there is a daemon; null when that can't be reached. Any
+  /// thread.
   static std::shared_ptr<NetPPP> init();
 
   ~NetPPP();

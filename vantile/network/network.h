@@ -32,7 +32,8 @@ struct NetworkDelegate {
 
 /// Samples the network once a refresh interval: the services, with what their interfaces moved.
 ///
-/// macOS and Linux: as `NetManage`.
+/// macOS and Linux: as `NetManage`. On macOS a sample, and `init`, may wait for the PPP daemon, for
+/// 2 seconds in all.
 class VANTILE_API Network final : public Monitor<NetworkDelegate> {
  public:
   /// The instance that the process shares, made at the first call. It samples every second on the

@@ -25,7 +25,9 @@ inline constexpr Key appletalk_net_id{"appletalk_net_id"};  ///< absent on Linux
 inline constexpr Key appletalk_node_id{"appletalk_node_id"};
 inline constexpr Key appletalk_zone{"appletalk_zone"};
 inline constexpr Key linkactive_status{"linkactive_status"};  ///< boolean: there is a link
-inline constexpr Key link_speed{"link_speed"};  ///< bits per second; of Ethernet interfaces alone
+/// Unsigned 64-bit: bits per second, 10,000,000 where they can't be told; of Ethernet interfaces
+/// alone.
+inline constexpr Key link_speed{"link_speed"};
 
 // What `Network` adds to it.
 inline constexpr Key is_active_interface{"is_active_interface"};  ///< boolean
@@ -44,6 +46,8 @@ inline constexpr Key interfaceup{"interfaceup"};  ///< boolean
 
 // What an interface moved, of `NetManage::netStatsWithInterval`, bytes. An interface that was not
 // in the sample before, or is down, has no speeds; its totals are its counters and its peak is 0.
+// So it is, where counters are 64 bits wide, with one whose counters fell or that is another one of
+// the name. One of the PPP daemon's is there while it is connected, whether or not it is down.
 inline constexpr Key if_in{"if_in"};          ///< unsigned 32-bit: received, starting over at 2^32
 inline constexpr Key if_out{"if_out"};        ///< unsigned 32-bit: sent, starting over at 2^32
 inline constexpr Key total_in{"total_in"};    ///< unsigned 64-bit
