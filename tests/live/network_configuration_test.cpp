@@ -20,18 +20,13 @@ using testing::comesToHold;
 using testing::inNetworkNamespace;
 using testing::ip;
 using testing::ipTold;
+using testing::listedLinks;
+using testing::makeMany;
 using testing::Opened;
+using testing::removeMany;
 using testing::textOf;
 using testing::Texts;
 using testing::textsOf;
-
-/// The links but the loopback, as ip(8) lists them.
-std::set<std::string> listedLinks() {
-  std::set<std::string> names;
-  for (const auto& link : ipTold("link"))
-    if (link["link_type"] != "loopback") names.insert(link["ifname"].get<std::string>());
-  return names;
-}
 
 Texts listedAddresses(const nlohmann::json& link, const std::string& family) {
   Texts texts;
@@ -100,22 +95,6 @@ TEST(LiveConfiguration, ALinkGoesDownAndUpIsRenamedRemovedAndAdded) {
     addPair("vc", "vd");
     EXPECT_TRUE(comesToHold([&] { return agrees(opened) && opened.devices().contains("vd"); }));
   });
-}
-
-/// Commands that make, or remove, two hundred links.
-void makeMany(const std::string& folder) {
-  std::ofstream batch(folder + "/make");
-  for (int each = 0; each < 100; ++each)
-    batch << "link add m" << each << " type veth peer name n" << each << "\n";
-  batch.close();
-  ip("-batch " + folder + "/make");
-}
-
-void removeMany(const std::string& folder) {
-  std::ofstream batch(folder + "/remove");
-  for (int each = 0; each < 100; ++each) batch << "link del m" << each << "\n";
-  batch.close();
-  ip("-batch " + folder + "/remove");
 }
 
 TEST(LiveConfiguration, TwoHundredLinksInABurstEndInTheRightList) {

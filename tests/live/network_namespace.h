@@ -11,8 +11,10 @@
 #include <chrono>
 #include <cstring>
 #include <exception>
+#include <fstream>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -57,6 +59,30 @@ inline void addPair(const std::string& one, const std::string& other) {
   ip("link add " + one + " type veth peer name " + other);
   ip("link set " + one + " up");
   ip("link set " + other + " up");
+}
+
+/// The links but the loopback, as ip(8) lists them.
+inline std::set<std::string> listedLinks() {
+  std::set<std::string> names;
+  for (const auto& link : ipTold("link"))
+    if (link["link_type"] != "loopback") names.insert(link["ifname"].get<std::string>());
+  return names;
+}
+
+/// Makes two hundred links in one go, "m0" to "n99", by commands that it leaves in the folder.
+inline void makeMany(const std::string& folder) {
+  std::ofstream batch(folder + "/make");
+  for (int each = 0; each < 100; ++each)
+    batch << "link add m" << each << " type veth peer name n" << each << "\n";
+  batch.close();
+  ip("-batch " + folder + "/make");
+}
+
+inline void removeMany(const std::string& folder) {
+  std::ofstream batch(folder + "/remove");
+  for (int each = 0; each < 100; ++each) batch << "link del m" << each << "\n";
+  batch.close();
+  ip("-batch " + folder + "/remove");
 }
 
 /// Serves the thread's loop until `holds`, for so long at most. Whether it came to hold. The
