@@ -85,15 +85,20 @@ void send(const std::string& name, std::size_t total, std::size_t size) {
   }
 }
 
+/// Whether the link comes to have a carrier. Without one it drops what is sent.
+bool hasCarrier(const std::string& name) {
+  return testing::comesToHold([&name] {
+    const auto flags = ipTold("link show " + name)[0]["flags"];
+    return std::find(flags.begin(), flags.end(), "LOWER_UP") != flags.end();
+  });
+}
+
 TEST(LiveCounters, TwoHundredMebibytesAreCountedWithinTwoPercent) {
   inNetworkNamespace([] {
     addPair("va", "vb");
     ip("link set va mtu 60000");
     ip("link set vb mtu 60000");
-    ASSERT_TRUE(testing::comesToHold([] {
-      const auto link = ipTold("link show va")[0]["flags"];
-      return std::find(link.begin(), link.end(), "LOWER_UP") != link.end();
-    }));
+    ASSERT_TRUE(hasCarrier("va"));
     Counting counting;
     const auto sender = counting.of("va"), receiver = counting.of("vb");
     ASSERT_TRUE(sender && receiver);
@@ -149,6 +154,7 @@ TEST(LiveCounters, AfterAnOverrunTheNamesAreReadAnew) {
 TEST(LiveCounters, AgreeWithTheKernelsTable) {
   inNetworkNamespace([] {
     addPair("va", "vb");
+    ASSERT_TRUE(hasCarrier("va") && hasCarrier("vb"));
     send("va", 1 << 20, 1000);
     Counting counting;
     // The link has its own traffic, too: it must stand still around the look.
