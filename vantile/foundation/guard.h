@@ -20,8 +20,9 @@ inline void logEscaped(std::string_view where, std::string_view error) noexcept 
   }
 }
 
-/// Keeps exceptions from travelling on: they become one log line. For code that is not the library's
-/// own (a delegate, an observer, a host's callback), and for what a host or the system calls.
+/// Keeps exceptions from travelling on: they become one log line. For code that is not the
+/// library's own (a delegate, an observer, a host's callback), and for what a host or the system
+/// calls.
 template <class Work>
 void guarded(std::string_view where, Work&& work) noexcept {
   try {
