@@ -172,7 +172,8 @@ TEST(NameListTest, NamesComeOutAsTheyWentIn) {
   }
   EXPECT_EQ(names.size() + 6, expected.size());
   std::string text = "before";
-  names.moveTo(text);
+  text.resize(expected.size());
+  names.moveTo(text.data() + 6);
   EXPECT_EQ(text, expected);
   EXPECT_EQ(names.size(), 0u);
 }

@@ -21,6 +21,11 @@ std::string withEnd(std::string_view name) {
   return packed;
 }
 
+/// Behind what was written.
+char* write(std::string_view text, char* to) {
+  return to + text.copy(to, text.size());
+}
+
 }  // namespace
 
 void NameList::append(std::string_view name) {
@@ -39,9 +44,8 @@ void NameList::add(std::string piece) {
   pieces_.push_back(std::move(piece));
 }
 
-void NameList::moveTo(std::string& text) {
-  text.reserve(text.size() + size_);
-  for (auto& piece : pieces_) text.append(std::exchange(piece, std::string()));
+void NameList::moveTo(char* text) {
+  for (auto& piece : pieces_) text = write(std::exchange(piece, std::string()), text);
   clear();
 }
 
@@ -51,7 +55,8 @@ void NameList::clear() {
 }
 
 std::string_view UsageIndex::name(Number folder) const {
-  return folders_[folder].packed.c_str();
+  const auto text = packed(folder);
+  return text.substr(0, text.find('\0'));
 }
 
 FolderContents UsageIndex::contents(Number folder) const {
@@ -76,10 +81,9 @@ void UsageIndex::setContents(Number folder, std::uint64_t stamp, const FolderSum
   drop(this->sums(folder));
   auto begin = withEnd(name(folder));
   if (files.size() > 0 || sums != FolderSums()) appendPacked(begin, sums);
-  std::string().swap(changed.packed);  // first: there may be many names, and = keeps their memory
-  changed.packed.reserve(begin.size() + files.size());
-  changed.packed.append(begin);
-  files.moveTo(changed.packed);
+  changed.packed = CompactText();  // first: there may be many names
+  changed.packed = CompactText(begin.size() + files.size());
+  files.moveTo(write(begin, changed.packed.data()));
   changed.stamp = stamp;
   // As it is kept: what is dropped one day has to be what was taken.
   take(this->sums(folder));
@@ -89,9 +93,11 @@ void UsageIndex::setSums(Number folder, const FolderSums& sums) {
   drop(this->sums(folder));
   std::string numbers;
   appendPacked(numbers, sums);
-  auto& packed = folders_[folder].packed;
-  const auto begin = name(folder).size() + 1;
-  packed.replace(begin, packed.size() - begin - files(folder).size(), numbers);
+  const auto begin = withEnd(name(folder));
+  const auto names = files(folder);
+  CompactText packed(begin.size() + numbers.size() + names.size());
+  write(names, write(numbers, write(begin, packed.data())));
+  folders_[folder].packed = std::move(packed);
   take(this->sums(folder));
 }
 
@@ -105,7 +111,7 @@ void UsageIndex::setFolders(Number folder, std::string_view names) {
   folders_[folder].first = none;
   forEachName(names, [&](std::string_view each) {
     const auto known = before.extract(each);
-    const auto number = known ? known.mapped() : make(withEnd(each));
+    const auto number = known ? known.mapped() : make(CompactText(withEnd(each)));
     (last == none ? folders_[folder].first : folders_[last].next) = number;
     last = number;
   });
@@ -120,24 +126,24 @@ void UsageIndex::clear(Number folder) {
 }
 
 UsageIndex::Number UsageIndex::addPacked(Number parent, Number previous, std::uint64_t stamp,
-                                         std::string packed) {
+                                         std::string_view packed) {
   const auto end = packed.find('\0');
   const bool isRoot = parent == none;
-  if (end == packed.npos || isRoot == isEntryName(std::string_view(packed).substr(0, end)) ||
+  if (end == packed.npos || isRoot == isEntryName(packed.substr(0, end)) ||
       !isPackedContents(contentsPart(packed)))
     return none;
   if (isRoot) {
     drop(this->sums(root));
-    folders_[root].packed = std::move(packed);
+    folders_[root].packed = CompactText(packed);
   }
-  const auto number = isRoot ? root : make(std::move(packed));
+  const auto number = isRoot ? root : make(CompactText(packed));
   if (!isRoot) (previous == none ? folders_[parent].first : folders_[previous].next) = number;
   folders_[number].stamp = stamp;
   take(sums(number));
   return number;
 }
 
-UsageIndex::Number UsageIndex::make(std::string packed) {
+UsageIndex::Number UsageIndex::make(CompactText packed) {
   auto number = static_cast<Number>(folders_.size());
   if (free_.empty()) {
     folders_.emplace_back();

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "vantile/platform/parsers/compact_text.h"
 #include "vantile/platform/parsers/name_kinds.h"
 
 namespace vantile {
@@ -54,8 +55,8 @@ class NameList {
   void append(std::string_view name);
   /// In bytes.
   std::size_t size() const { return size_; }
-  /// Puts all behind `text`, and leaves none.
-  void moveTo(std::string& text);
+  /// Writes all to `text`, which has room for them, and leaves none.
+  void moveTo(char* text);
   void clear();
 
  private:
@@ -65,7 +66,7 @@ class NameList {
   std::size_t size_ = 0;
 };
 
-/// The folders of a volume and what was counted in them, packed: 48 bytes a folder and its name,
+/// The folders of a volume and what was counted in them, packed: 32 bytes a folder and its name,
 /// names of counted files, a few bytes a sum. A file of several names counts once, by the kind of
 /// its names that goes before the others. Not synchronised.
 class UsageIndex {
@@ -106,16 +107,16 @@ class UsageIndex {
   void clear(Number folder);
 
   /// A folder as it is kept: name, NUL, contents.
-  std::string_view packed(Number folder) const { return folders_[folder].packed; }
+  std::string_view packed(Number folder) const { return folders_[folder].packed.view(); }
   /// Adds a folder as it was kept behind `previous`, or where that is none as the first one in
   /// `parent`; `none` where it can't be read. The root replaces itself.
-  Number addPacked(Number parent, Number previous, std::uint64_t stamp, std::string packed);
+  Number addPacked(Number parent, Number previous, std::uint64_t stamp, std::string_view packed);
 
  private:
   struct Folder {
     std::uint64_t stamp = 0;
     Number first = none, next = none;
-    std::string packed = std::string(1, '\0');
+    CompactText packed = CompactText(std::string_view("\0", 1));
   };
   /// A file of several names: how many of each kind are known.
   struct Names {
@@ -123,7 +124,7 @@ class UsageIndex {
     std::array<std::uint32_t, usageKinds> known = {};
   };
 
-  Number make(std::string packed);
+  Number make(CompactText packed);
   void release(Number folder);
   void take(const FolderSums& sums);
   void drop(const FolderSums& sums);

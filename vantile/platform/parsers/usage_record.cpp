@@ -155,10 +155,10 @@ bool readFolders(Reader& reader, UsageIndex& index) {
     const auto stamp = reader.fixed();
     const auto below = stamp ? reader.packed() : std::nullopt;
     const auto size = below ? reader.packed() : std::nullopt;
-    auto packed = size ? reader.text(*size) : std::nullopt;
+    const auto packed = size ? reader.text(*size) : std::nullopt;
     if (!packed) return false;
     auto& parent = around.back();
-    const auto number = index.addPacked(parent.folder, parent.last, *stamp, std::move(*packed));
+    const auto number = index.addPacked(parent.folder, parent.last, *stamp, *packed);
     if (number == UsageIndex::none) return false;
     parent.last = number;
     around.push_back({number, UsageIndex::none, *below});
