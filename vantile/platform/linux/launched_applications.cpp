@@ -7,6 +7,7 @@
 
 #include <limits>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -37,7 +38,7 @@ std::string linkIn(int folder, const char* name) {
 }
 
 /// The environment's file comes a page at a time.
-std::string_view environmentIn(int folder, std::vector<char>& buffer) {
+std::string_view environmentIn(int folder, std::span<char> buffer) {
   const Descriptor file(::openat(folder, "environ", O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   std::size_t size = 0;
   while (file && size < buffer.size()) {
@@ -62,7 +63,7 @@ LinuxLaunchedApplications::LinuxLaunchedApplications(const LinuxRoots& roots, st
     : proc_(roots.proc),
       recent_(recent),
       index_(std::move(home), std::move(environment)),
-      buffer_(longestEnvironment) {}
+      buffer_(std::make_unique_for_overwrite<char[]>(longestEnvironment)) {}
 
 std::optional<std::vector<LaunchedApplication>> LinuxLaunchedApplications::list() {
   const std::lock_guard lock(mutex_);
@@ -135,7 +136,7 @@ void LinuxLaunchedApplications::lookAt(std::int32_t pid, const char* name, Known
   struct stat owner = {};
   const bool isOwn = folder && ::fstat(folder.get(), &owner) == 0 && owner.st_uid == ::getuid();
   const auto text =
-      isOwn ? readOnce(folder.get(), "stat", {buffer_.data(), allOfPidStat}) : std::nullopt;
+      isOwn ? readOnce(folder.get(), "stat", {buffer_.get(), allOfPidStat}) : std::nullopt;
   if (const auto stat = text ? parsePidStat(*text) : std::nullopt) {
     now.startTicks = stat->startTicks;
     now.parent = stat->parent;
@@ -152,9 +153,9 @@ void LinuxLaunchedApplications::lookAt(std::int32_t pid, const char* name, Known
 }
 
 void LinuxLaunchedApplications::readEvidence(int folder, Known& known) {
-  if (const auto groups = readOnce(folder, "cgroup", {buffer_.data(), longestPath * 4}))
+  if (const auto groups = readOnce(folder, "cgroup", {buffer_.get(), longestPath * 4}))
     known.unit = applicationUnitOf(*groups);
-  known.launch = desktopLaunchOf(environmentIn(folder, buffer_));
+  known.launch = desktopLaunchOf(environmentIn(folder, {buffer_.get(), longestEnvironment}));
   known.executable = linkIn(folder, "exe");
 }
 
@@ -162,7 +163,7 @@ void LinuxLaunchedApplications::readEvidence(int folder, Known& known) {
 /// too.
 std::optional<std::string_view> LinuxLaunchedApplications::readStat(const char* name,
                                                                     Known& known) {
-  const std::span<char> buffer(buffer_.data(), allOfPidStat);
+  const std::span<char> buffer(buffer_.get(), allOfPidStat);
   const auto path = std::string(name) + "/stat";
   if (!known.file && known.isLeader && kept_ < mostKept) {
     known.file = Descriptor(::openat(folder_, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -87,7 +88,7 @@ class LinuxLaunchedApplications final : public LaunchedApplications {
   std::size_t kept_ = 0;  ///< descriptors of leaders
   int folder_ = -1;       ///< /proc, while a look is taken
   std::uint64_t looks_ = 0;
-  std::vector<char> buffer_;
+  const std::unique_ptr<char[]> buffer_;  // no more of it takes memory than was ever written to
 };
 
 }  // namespace vantile
