@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -19,6 +20,7 @@ class DelegateSlot {
     {
       const std::lock_guard lock(mutex_);
       delegate_.swap(delegate);
+      current_ = delegate_.get();
     }
     // The old delegate is released here, outside the lock: its captures may call back.
   }
@@ -28,9 +30,15 @@ class DelegateSlot {
     return delegate_;
   }
 
+  /// Brings `held`, of an earlier `get`, up to date: between many calls in a row it costs less.
+  void refresh(std::shared_ptr<Delegate>& held) const {
+    if (current_ != held.get()) held = get();
+  }
+
  private:
   mutable std::mutex mutex_;
   std::shared_ptr<Delegate> delegate_;
+  std::atomic<const Delegate*> current_ = nullptr;  // delegate_'s
 };
 
 /// Holds on to `object` for the rest of the process.

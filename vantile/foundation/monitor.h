@@ -49,6 +49,10 @@ class Monitor : public FreshInterval {
   void setDelegate(std::shared_ptr<Delegate> delegate) { _delegate.set(std::move(delegate)); }
   std::shared_ptr<Delegate> delegate() const { return _delegate.get(); }
 
+ protected:
+  /// Makes `held`, a delegate of before, the present one.
+  void refreshDelegate(std::shared_ptr<Delegate>& held) const { _delegate.refresh(held); }
+
  private:
   DelegateSlot<Delegate> _delegate;
 };

@@ -160,6 +160,9 @@ class Dictionary {
   bool empty() const noexcept { return entries_.empty(); }
   std::vector<Entry>::const_iterator begin() const noexcept { return entries_.begin(); }
   std::vector<Entry>::const_iterator end() const noexcept { return entries_.end(); }
+  /// Values may be replaced on the way, keys not.
+  std::vector<Entry>::iterator begin() noexcept { return entries_.begin(); }
+  std::vector<Entry>::iterator end() noexcept { return entries_.end(); }
 
   /// Equal when both hold equal values under the same keys, in whatever order.
   VANTILE_API friend bool operator==(const Dictionary& a, const Dictionary& b);

@@ -20,17 +20,27 @@ namespace {
 /// What a sample needs of a service's entry, found in one walk over it: with many services that is
 /// most of what there is to do. Valid until the entry is changed.
 struct Present {
-  explicit Present(const Dictionary& entry) {
-    for (const auto& each : entry) {
+  explicit Present(Dictionary& entry) {
+    for (auto& each : entry) {
       const auto key = each.key();
-      const Value* const value = &each.value;
-      if (key == keys::service_id) service = value;
-      if (key == keys::device_name) device = value->as<std::string>();
-      if (key == keys::device_ppp_name) link = value->as<std::string>();
-      if (key == keys::ppp_status_info) status = value;
-      if (key == keys::linkactive_status) linkActive = value;
-      if (key == keys::is_active_interface) active = value->as<bool>();
-      if (key == keys::throughput_details) details = value->as<Details>();
+      Value* const value = &each.value;
+      if (key == keys::service_id) {
+        service = value;
+      } else if (key == keys::device_name) {
+        device = value->as<std::string>();
+      } else if (key == keys::linkactive_status) {
+        linkActive = value;
+      } else if (key == keys::is_active_interface) {
+        active = value->as<bool>();
+      } else if (key == keys::throughput_details) {
+        details = value->as<Details>();
+      } else if (key == keys::sampling_interval) {
+        interval = value;
+      } else if (key == keys::device_ppp_name) {
+        link = value->as<std::string>();
+      } else if (key == keys::ppp_status_info) {
+        status = value;
+      }
     }
   }
 
@@ -46,6 +56,7 @@ struct Present {
   const std::string *device = nullptr, *link = nullptr;
   const bool* active = nullptr;
   const Details* details = nullptr;
+  Value* interval = nullptr;
 };
 
 /// The value under `key`, which as a rule is at `place`, that then becomes the one behind it: but
@@ -97,10 +108,12 @@ void Network::sample() {
   const auto services = takeSample();
   if (!services) return;
   std::size_t place = 0;
+  auto told = delegate();
   for (const Value& each : *services) {
     const auto* const held = each.as<std::shared_ptr<Dictionary>>();
-    if (held && *held && decorate(**held, place))
-      tell(delegate(), &NetworkDelegate::networkStatus, *services);
+    if (!held || !*held || !decorate(**held, place)) continue;
+    refreshDelegate(told);
+    tell(told, &NetworkDelegate::networkStatus, *services);
   }
 }
 
@@ -134,10 +147,13 @@ bool Network::decorate(Dictionary& entry, std::size_t& place) {
   const bool active = present.isActive();
   const bool sameActivity = present.active && *present.active == active;
   const bool sameDetails = details && present.details && *present.details == *details;
+  const double interval = history_->newestInterval();
+  const bool hasInterval = present.interval != nullptr;
+  if (details && hasInterval) *present.interval = interval;
   if (!sameActivity) entry.set(keys::is_active_interface, active);
   if (!details) return true;
   if (!sameDetails) entry.set(keys::throughput_details, *details);
-  entry.set(keys::sampling_interval, history_->newestInterval());
+  if (!hasInterval) entry.set(keys::sampling_interval, interval);
   return true;
 }
 

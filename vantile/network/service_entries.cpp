@@ -57,6 +57,7 @@ std::shared_ptr<Array> NetManage::queryInterfaceLists() {
 /// For the entries with a key "pppstatus" and their "service". `serviceEntry` makes none; a host
 /// that adds both to an entry has it kept up to date.
 void NetManage::askPppAgain() {
+  if (!ppp->hasDaemon()) return;
   for (const Value& each : *interfaceDetails) {
     const auto* const held = each.as<std::shared_ptr<Dictionary>>();
     if (!held || !*held || !(*held)->contains("pppstatus")) continue;

@@ -34,13 +34,12 @@ Traffic firstTraffic(const CounterReading& now) {
 }
 
 Traffic nextTraffic(const Traffic& before, const CounterReading& now, double interval) {
-  if (!goesOn(before.counters, now)) return firstTraffic(now);
+  Traffic traffic = firstTraffic(now);
+  if (!goesOn(before.counters, now)) return traffic;
   const bool narrow = now.width == CounterWidth::bits32;
   const auto growth = [narrow](std::uint64_t last, std::uint64_t current) {
     return narrow ? advance32(last, current) : current - last;
   };
-  Traffic traffic;
-  traffic.counters = now;
   traffic.first = false;
   traffic.totalIn = before.totalIn + growth(before.counters.received, now.received);
   traffic.totalOut = before.totalOut + growth(before.counters.sent, now.sent);
@@ -48,8 +47,8 @@ Traffic nextTraffic(const Traffic& before, const CounterReading& now, double int
   traffic.movedOut = moved(before.totalOut, traffic.totalOut);
   traffic.peak = before.peak;
   if (interval > 0)
-    traffic.peak = std::max({before.peak, static_cast<double>(traffic.movedIn) / interval,
-                             static_cast<double>(traffic.movedOut) / interval});
+    traffic.peak = std::max(
+        before.peak, static_cast<double>(std::max(traffic.movedIn, traffic.movedOut)) / interval);
   return traffic;
 }
 

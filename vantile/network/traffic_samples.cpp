@@ -20,6 +20,13 @@ bool isHeldHereAlone(const std::shared_ptr<Held>& held, long holders) {
 
 }  // namespace
 
+/// What says the same as the entry before is that entry.
+TrafficSamples::Line::Line(const Interface& now, const Line* before, double interval)
+    : name(now.name),
+      traffic(before && now.goesOn ? nextTraffic(before->traffic, now.counters, interval)
+                                   : firstTraffic(now.counters)),
+      entry(before && before->traffic == traffic ? before->entry : nullptr) {}
+
 void TrafficSamples::begin(double interval) {
   interval_ = interval;
   now_.clear();
@@ -39,22 +46,16 @@ const TrafficSamples::Line* TrafficSamples::lineBefore(std::string_view name) {
 
 void TrafficSamples::add(const Interface& interface) {
   const Line* const before = lineBefore(interface.name);
-  auto traffic = before && interface.goesOn
-                     ? nextTraffic(before->traffic, interface.counters, interval_)
-                     : firstTraffic(interface.counters);
-  // What says the same as the entry before is that entry.
-  auto entry = before && before->traffic == traffic ? before->entry : nullptr;
   if (!inStep_) {
     const auto earlier = std::find_if(now_.begin(), now_.end(), [&interface](const Line& line) {
       return line.name == interface.name;
     });
     if (earlier != now_.end()) {
-      earlier->traffic = traffic;
-      earlier->entry = std::move(entry);
+      *earlier = Line(interface, before, interval_);
       return;
     }
   }
-  now_.push_back({std::string(interface.name), traffic, std::move(entry)});
+  now_.emplace_back(interface, before, interval_);
 }
 
 std::shared_ptr<const Dictionary> TrafficSamples::finish() {

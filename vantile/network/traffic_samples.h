@@ -36,6 +36,7 @@ class TrafficSamples {
 
  private:
   struct Line {
+    Line(const Interface& now, const Line* before, double interval);
     std::string name;
     Traffic traffic;
     std::shared_ptr<Dictionary> entry;

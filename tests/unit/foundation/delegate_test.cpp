@@ -51,6 +51,19 @@ TEST(DelegateSlot, HoldsOnToItsDelegateUntilReplaced) {
   EXPECT_TRUE(seen.expired());
 }
 
+TEST(DelegateSlot, AnEarlierOneIsBroughtUpToDate) {
+  DelegateSlot<Delegate> slot;
+  auto held = slot.get();
+  for (const auto& each : {std::make_shared<Delegate>(), std::make_shared<Delegate>()}) {
+    slot.set(each);
+    slot.refresh(held);
+    EXPECT_EQ(held, each);
+  }
+  slot.set(nullptr);
+  slot.refresh(held);
+  EXPECT_EQ(held, nullptr);
+}
+
 TEST(DelegateSlot, MayBeReplacedFromInsideACall) {
   DelegateSlot<Delegate> slot;
   const auto delegate = std::make_shared<Delegate>();

@@ -68,6 +68,16 @@ TEST(Dictionary, KeepsTheOrderOfFirstSetting) {
   EXPECT_EQ(dictionary.int64("b"), 3);
 }
 
+TEST(Dictionary, ValuesMayBeReplacedOnAWalk) {
+  Dictionary dictionary;
+  dictionary.set("a", 1);
+  dictionary.set("b", 2);
+  for (auto& each : dictionary)
+    if (each.key() == "b") each.value = "two";
+  EXPECT_EQ(*dictionary.find("a"), Value(1));
+  EXPECT_EQ(*dictionary.text("b"), "two");
+}
+
 TEST(Dictionary, AnAbsentValueLeavesItsKeyOut) {
   Dictionary dictionary;
   dictionary.set("absent", std::optional<std::uint64_t>());

@@ -99,6 +99,21 @@ TEST_F(NetworkSample, TwoServicesAreTwoCallsWithTheSameList) {
   EXPECT_EQ(entries.size(), 2u);
 }
 
+TEST_F(NetworkSample, ADelegateSetInACallIsToldOfTheNextService) {
+  order({"A", "B"});
+  add("B", "en1");
+  int others = 0;
+  const auto other = std::make_shared<NetworkDelegate>();
+  other->networkStatus = [&others](const Array&) { ++others; };
+  delegate->networkStatus = [&](const Array&) {
+    ++calls;
+    monitor().setDelegate(other);
+  };
+  monitor().updateInfo();
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(others, 1);
+}
+
 TEST_F(NetworkSample, ALaterServicesKeysAreThereFromItsOwnCallOn) {
   order({"A", "B"});
   add("B", "en1");
