@@ -24,7 +24,7 @@ constexpr const char* examples =
     "  vantile-host stream --interval 5          # a sample every five seconds, until Ctrl-C\n"
     "  vantile-host stream --monitors memory --count 1 | jq '.arguments[0].memory_used'\n"
     "  vantile-host watch downloads              # a line for each download that finishes\n"
-    "  vantile-host clean                        # put idle memory to use again\n"
+    "  vantile-host clean                        # free memory that caches and idle programs hold\n"
     "  vantile-host info --json | jq .sysModelID # what this machine is\n"
     "\n"
     "Exit status:\n"
@@ -214,14 +214,18 @@ class Grammar {
     stream = app.add_subcommand("stream", "Print samples as JSON, one object a line");
     watch =
         app.add_subcommand("watch", "Print downloads, new applications and the Trash's changes");
-    clean = app.add_subcommand("clean", "Free memory that nobody uses");
+    clean = app.add_subcommand("clean", "Free memory that caches and idle programs hold");
     stream->footer(streamExamples);
     watch->footer(watchExamples);
     clean->footer(cleanExamples);
     info = app.add_subcommand("info", "Print what this machine is");
     info->footer(infoExamples);
     for (auto* command : {&app, stream, watch, clean, info}) command->allow_extras();
-    app.get_formatter()->column_width(26);
+    for (auto* command : {stream, watch, clean, info}) command->group("Commands");
+    const auto format = app.get_formatter();
+    format->column_width(26);
+    format->label("SUBCOMMAND", "COMMAND");
+    format->label("Positionals", "Arguments");
 
     raw.monitors = joined(known.sampled, ",");
     option(stream, "--monitors", raw.monitors, "LIST",

@@ -12,6 +12,7 @@ char32_t likeness(char32_t glyph) {
   switch (glyph) {
     case U'─':
     case U'╌':
+    case U'–':
       return U'-';
     case U'│':
       return U'|';
@@ -24,6 +25,14 @@ char32_t likeness(char32_t glyph) {
     case U'╰':
     case U'╯':
       return U'+';
+    case U'↓':
+      return U'v';
+    case U'↑':
+      return U'^';
+    case U'×':
+      return U'x';
+    case U'°':
+      return U' ';
     default:
       break;
   }

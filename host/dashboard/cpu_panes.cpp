@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
+#include <vector>
 
 #include "dashboard/bar.h"
 #include "dashboard/drawing.h"
@@ -63,20 +65,30 @@ void drawCores(Region region, const std::vector<CpuFigures::Core>& cores) {
   }
 }
 
-std::string figuresLine(const CpuFigures& now) {
-  std::string line;
-  const auto add = [&line](const std::string& text) { line += (line.empty() ? "" : "   ") + text; };
+/// Load, tasks and temperature, closer to each other where the width is scarce; what has no room
+/// even then is left out.
+std::string figuresLine(const CpuFigures& now, int width) {
+  std::vector<std::string> parts;
   if (now.load) {
-    std::string text = "load";
-    for (const double average : *now.load) text += " " + formatFixed(average, 2);
-    add(text);
+    parts.emplace_back("load");
+    for (const double average : *now.load) parts.back() += " " + formatFixed(average, 2);
   }
   if (now.tasks && now.threads)
-    add(std::to_string(*now.tasks) + " tasks, " + std::to_string(*now.threads) + " threads");
+    parts.push_back(std::to_string(*now.tasks) + " tasks, " + std::to_string(*now.threads) +
+                    " threads");
   if (now.hasSensor)
-    add((now.celsius ? formatFixed(*now.celsius, 1) : "–") + " °C");
+    parts.push_back((now.celsius ? formatFixed(*now.celsius, 1) : "–") + " °C");
   else
-    add("no sensor");
+    parts.emplace_back("no temperature sensor");
+
+  int spare = width;
+  for (const auto& part : parts) spare -= cellsOf(part) + 3;
+  const std::string between = spare + 3 >= 0 ? "   " : "  ";
+  std::string line;
+  for (const auto& part : parts) {
+    const auto more = (line.empty() ? "" : between) + part;
+    if (cellsOf(line) + cellsOf(more) <= width) line += more;
+  }
   return line;
 }
 
@@ -125,7 +137,7 @@ PaneRows CpuPane::rows() const {
 
 void CpuPane::draw(Region region, std::int32_t) const {
   if (!figures().known()) return drawWaiting(region);
-  region.text(0, 0, clipped(figuresLine(figures()), region.width()), plain);
+  region.text(0, 0, figuresLine(figures(), region.width()), plain);
   drawCores(region.part({0, 1, region.width(), region.height() - 1}), figures().cores);
 }
 

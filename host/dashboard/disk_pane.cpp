@@ -145,9 +145,11 @@ std::string DiskPane::note() const {
   const auto& volumes = figures_->rows();
   if (volumes.empty()) return {};
   const auto uncounted = std::ranges::count(volumes, false, &VolumeRow::isCounted);
-  auto note = std::to_string(volumes.size());
-  if (uncounted > 0) note += ", " + std::to_string(uncounted) + " not counted yet";
-  return note;
+  auto note = std::to_string(volumes.size()) + " mounted";
+  if (uncounted == 0) return note;
+  const bool isEach = static_cast<std::size_t>(uncounted) == volumes.size();
+  return note + ", contents " + (isEach ? "" : "of " + std::to_string(uncounted) + " ") +
+         "not counted yet";
 }
 
 PaneRows DiskPane::rows() const {

@@ -3,6 +3,7 @@
 #include <vantile/network/network_keys.h>
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 #include "dashboard/drawing.h"
@@ -15,7 +16,11 @@ constexpr Style plain{};
 constexpr Style faint{Colour::Grey};
 constexpr Colour receivedColour = Colour::Teal, sentColour = Colour::Orange;
 
-constexpr int rateWidth = 12;  // "↓ 999 MiB/s"
+constexpr int rateWidth = 12;  // "↓ 99.9 MiB/s"
+constexpr int gap = 2;
+constexpr int nameAt = 2;                           // behind the mark
+constexpr int leastName = 14, mostName = 32;        // of the names' column, if a name is that long
+constexpr std::uint64_t unknownSpeed = 10'000'000;  // the library's where the system tells none
 constexpr int mostServices = 6, leastRows = 4;
 
 std::string textIn(const Dictionary& service, Key key) {
@@ -58,6 +63,7 @@ ServiceRow rowOf(const Dictionary& service) {
   row.isPrimary = service.boolean(keys::is_primary).value_or(false);
   row.isActive = service.boolean(keys::is_active_interface).value_or(false);
   if (row.isActive) row.bitsPerSecond = service.uint64(keys::link_speed);
+  if (row.bitsPerSecond == unknownSpeed || row.bitsPerSecond == 0) row.bitsPerSecond.reset();
   if (const auto* const moved = dictionaryIn(service, keys::throughput_details)) {
     const auto seconds = service.number(keys::sampling_interval).value_or(0);
     row.received = perSecond(*moved, keys::downlink_speed, seconds);
@@ -78,48 +84,89 @@ std::string linkSpeed(std::uint64_t bitsPerSecond) {
   return std::to_string(megabits) + " Mbit/s";
 }
 
-/// "■ Name  address  ↓ rate ↑ rate"; a narrow region goes without rates.
-void drawService(Region row, const ServiceRow& service, bool withDevice) {
-  row.put(0, 0, service.isActive ? U'■' : U'·', {service.isActive ? Colour::Green : Colour::Grey});
-  int end = row.width();
-  const auto drawRate = [&](const std::optional<double>& moved, const char* arrow, Colour ink) {
-    if (!moved) return;
-    row.textEndingAt(end, 0, arrow + rate(*moved), {ink});
-    end -= rateWidth + 1;
-  };
-  if (row.width() >= 60) {
-    drawRate(service.sent, "↑ ", sentColour);
-    drawRate(service.received, "↓ ", receivedColour);
-  }
-  const int room = std::max(end - 2, 0);
-  const int nameWidth = std::min(room / 2, 24);
-  const auto style = service.isActive ? plain : faint;
-  int x = 2 + row.text(2, 0, clipped(service.name, nameWidth), style);
-  if (withDevice) row.text(x, 0, clipped(" " + service.device, 2 + nameWidth - x), faint);
-  row.text(2 + nameWidth + 1, 0,
-           clipped(service.address.empty() ? "no address" : service.address,
-                   std::max(room - nameWidth - 2, 0)),
-           service.address.empty() ? faint : plain);
+std::string addressOf(const ServiceRow& service) {
+  return printable(service.address.empty() ? "no address" : service.address);
 }
 
-std::string detailsOf(const ServiceRow& service) {
-  std::string line = service.device;
-  const auto add = [&line](const std::string& text) { line += (line.empty() ? "" : "   ") + text; };
-  if (service.bitsPerSecond && *service.bitsPerSecond > 0) add(linkSpeed(*service.bitsPerSecond));
+/// Cells of a name; where no line of details follows, the interface stands beside it.
+int nameCells(const ServiceRow& service, bool withDevice) {
+  return cellsOf(printable(service.name)) +
+         (withDevice ? 1 + cellsOf(printable(service.device)) : 0);
+}
+
+/// Of all services, so that they line up.
+struct ServiceColumns {
+  int name = 0;
+  int address = 0;  ///< room for it
+  bool withRates = false;
+};
+
+/// The first `details` services have a line of details. Rates have to leave room for names and
+/// addresses.
+ServiceColumns columnsOf(std::span<const ServiceRow> services, int details, int width) {
+  int name = 0, address = 0;
+  bool withRates = false;
+  for (const auto& service : services) {
+    name = std::max(name, nameCells(service, details-- <= 0));
+    address = std::max(address, cellsOf(addressOf(service)));
+    withRates |= service.received || service.sent;
+  }
+  constexpr int rates = 2 * (rateWidth + 1);
+  int room = width - nameAt - gap;
+  const int least = std::min(name, leastName);
+  withRates &= least + address + rates <= room;
+  if (withRates) room -= rates;
+  name = std::max(std::min({name, mostName, room - address}), least);
+  return {name, room - name, withRates};
+}
+
+/// "■ Name  address  ↓ rate ↑ rate"; an address that has no room is left out.
+void drawService(Region row, const ServiceRow& service, bool withDevice,
+                 const ServiceColumns& columns) {
+  row.put(0, 0, service.isActive ? U'■' : U'·', {service.isActive ? Colour::Green : Colour::Grey});
+  int x = nameAt;
+  x += row.text(x, 0, clipped(service.name, columns.name), service.isActive ? plain : faint);
+  if (withDevice) row.text(x, 0, clipped(" " + service.device, nameAt + columns.name - x), faint);
+  if (const auto address = addressOf(service); cellsOf(address) <= columns.address)
+    row.text(nameAt + columns.name + gap, 0, address, service.address.empty() ? faint : plain);
+  if (!columns.withRates) return;
+  const auto drawRate = [&](int end, const std::optional<double>& moved, const char* arrow,
+                            Colour ink) {
+    if (moved) row.textEndingAt(end, 0, arrow + rate(*moved), {ink});
+  };
+  drawRate(row.width() - rateWidth - 1, service.received, "↓ ", receivedColour);
+  drawRate(row.width(), service.sent, "↑ ", sentColour);
+}
+
+/// The interface and what else is known, each only where all of it has room.
+std::string detailsOf(const ServiceRow& service, int width) {
+  std::string line = clipped(service.device, width);
+  const auto add = [&line, width](const std::string& text) {
+    const auto more = (line.empty() ? "" : "   ") + printable(text);
+    if (cellsOf(line) + cellsOf(more) <= width) line += more;
+  };
+  if (service.bitsPerSecond) add(linkSpeed(*service.bitsPerSecond));
   if (!service.router.empty()) add("router " + service.router);
   if (!service.dns.empty()) add("DNS " + service.dns);
   return line;
 }
 
-/// One direction: a graph with its top at the left.
+/// One direction: a graph with its name and its top at the left. On a single row they stand beside
+/// each other, or the name alone where that leaves too little of the graph.
 void drawDirection(Region region, const History& history, const char* what, Colour colour) {
-  constexpr int axis = 12;
+  constexpr int nameWidth = 9, topWidth = 12;  // "received ", "99.9 KiB/s "
   constexpr double least = 1024;
+  const bool single = region.height() == 1;
+  const bool withTop = !single || region.width() >= 2 * (nameWidth + topWidth);
+  const int axis = single ? nameWidth + (withTop ? topWidth : 0) : topWidth;
   const auto graph = region.part({axis, 0, region.width() - axis, region.height()});
   const auto span = graphSpan(graph.width());
   const double top = roundTop(history.greatest(span), least);
-  region.textEndingAt(axis - 1, 0, rate(top), faint);
-  if (region.height() > 1) region.textEndingAt(axis - 1, region.height() - 1, what, {colour});
+  if (withTop) region.textEndingAt(axis - 1, 0, rate(top), faint);
+  if (single)
+    region.text(0, 0, what, {colour});
+  else
+    region.textEndingAt(axis - 1, region.height() - 1, what, {colour});
   drawGuide(graph, 0);
   drawHistory(graph, history, {top, colour, colour, colour});
 }
@@ -171,12 +218,14 @@ void ServicesPane::draw(Region region, std::int32_t) const {
   const int details = region.height() >= 2 * count ? count : region.height() > 1 ? 1 : 0;
   const int room = region.height() - details;
   const int shown = room >= count ? count : std::max(room - 1, 1);
+  const auto columns = columnsOf(std::span(services).first(static_cast<std::size_t>(shown)),
+                                 details, region.width());
   int y = 0;
   for (int at = 0; at < shown; ++at) {
     const auto& service = services[static_cast<std::size_t>(at)];
-    drawService(region.row(y++), service, at >= details);
+    drawService(region.row(y++), service, at >= details, columns);
     if (at < details)
-      region.row(y++).text(2, 0, clipped(detailsOf(service), region.width() - 2), faint);
+      region.row(y++).text(nameAt, 0, detailsOf(service, region.width() - nameAt), faint);
   }
   if (shown < count) drawMore(region.row(y), count - shown);
 }

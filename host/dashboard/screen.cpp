@@ -41,6 +41,7 @@ void drawFoot(Region row, const Surroundings& around, std::size_t page, std::siz
   constexpr Style key{Colour::Default, Colour::Default, true};
   int x = 1;
   const auto hint = [&](std::string_view name, std::string_view what) {
+    if (x + cellsOf(name) + 1 + cellsOf(what) > row.width()) return;
     x += row.text(x, 0, name, key) + 1;
     x += row.text(x, 0, what, faint) + 3;
   };
@@ -52,7 +53,8 @@ void drawFoot(Region row, const Surroundings& around, std::size_t page, std::siz
     hint("s", "sort");
     hint("r", "reverse");
   }
-  if (!around.message.empty()) row.text(x, 0, around.message, {Colour::Yellow});
+  if (!around.message.empty())
+    row.text(x, 0, clipped(around.message, row.width() - x), {Colour::Yellow});
 }
 
 }  // namespace

@@ -55,6 +55,9 @@ TEST(HostCanvas, AnAsciiTerminalGetsLikenesses) {
   canvas.region().text(0, 0, "╭─│█▎⣿⣀é■…");
   canvas.makeAscii();
   EXPECT_EQ(canvas.rows(), (Rows{"+-|##:.?*."}));
+  canvas.region().text(0, 0, "↓1 ↑2 –3×4");
+  canvas.makeAscii();
+  EXPECT_EQ(canvas.rows(), (Rows{"v1 ^2 -3x4"}));
 }
 
 TEST(HostCanvas, ANegativeSizeIsEmpty) {

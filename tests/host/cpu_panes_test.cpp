@@ -46,10 +46,21 @@ TEST_F(HostCpuPanes, ShowLoadTasksAndTemperature) {
 
 TEST_F(HostCpuPanes, ATemperatureThatIsLeftOutIsNotThatOfTheSampleBefore) {
   sample(1);
-  EXPECT_TRUE(contains(drawn(CpuPane(figures), {70, 2}), "no sensor"));
+  EXPECT_TRUE(contains(drawn(CpuPane(figures), {76, 2}), "no temperature sensor"));
   take("cpuWithTemperature", {48.53});
   sample(1);
   EXPECT_TRUE(contains(drawn(CpuPane(figures), {70, 2}), "   – °C"));
+}
+
+TEST_F(HostCpuPanes, FiguresMoveTogetherBeforeOneOfThemIsLeftOut) {
+  sample(1);
+  const std::string load = "load 0.52 1.40 12.00", tasks = "231 tasks, 612 threads";
+  const auto line = [this](int width) { return drawn(CpuPane(figures), {width, 2})[0]; };
+  EXPECT_EQ(line(69), load + "   " + tasks + "   no temperature sensor");
+  EXPECT_EQ(line(67), load + "  " + tasks + "  no temperature sensor");
+  EXPECT_EQ(line(66), load + "  " + tasks + std::string(22, ' '));
+  EXPECT_EQ(line(43), load + "  no temperature sensor");
+  EXPECT_EQ(line(42), load + std::string(22, ' '));
 }
 
 TEST_F(HostCpuPanes, ShowABarAProcessor) {

@@ -67,7 +67,7 @@ TEST_F(HostDiskPane, ShowsALineAVolumeUnderALegend) {
   EXPECT_TRUE(rows[0].starts_with("■ used  ■ free   "));
   EXPECT_EQ(rows[1], "System            ██████████             50.0 GiB of 100 GiB");
   EXPECT_EQ(rows[2], "Müll              ████████████████████  8.00 MiB of 8.00 MiB");
-  EXPECT_EQ(DiskPane(figures).note(), "2, 2 not counted yet");
+  EXPECT_EQ(DiskPane(figures).note(), "2 mounted, contents not counted yet");
 }
 
 TEST_F(HostDiskPane, TheLegendHasTheColoursThatTheBarsHave) {
@@ -75,12 +75,12 @@ TEST_F(HostDiskPane, TheLegendHasTheColoursThatTheBarsHave) {
   take();
   const std::string of = "■ movies  ■ apps  ■ audio  ■ photos  ■ other  ";
   EXPECT_TRUE(drawn(DiskPane(figures), {52, 2})[0].starts_with(of + "■ free"));
-  EXPECT_EQ(DiskPane(figures).note(), "1");
+  EXPECT_EQ(DiskPane(figures).note(), "1 mounted");
   volume("Stick", 100, 50);
   take();
   EXPECT_TRUE(drawn(DiskPane(figures), {60, 3})[0].starts_with(of + "■ used  ■ free"));
   EXPECT_EQ(drawn(DiskPane(figures), {52, 3})[0], of + "■ used");
-  EXPECT_EQ(DiskPane(figures).note(), "2, 1 not counted yet");
+  EXPECT_EQ(DiskPane(figures).note(), "2 mounted, contents of 1 not counted yet");
 }
 
 TEST_F(HostDiskPane, VolumesOfOneNameAreToldApartByTheirMountPoints) {
@@ -146,7 +146,7 @@ TEST_F(HostDiskPane, KindsThatLeaveNoRestDoNotSplitTheBar) {
   made->set("has_accumulated_sizes", false);
   EXPECT_EQ(bar()[0], Colour::Grey);
   EXPECT_EQ(bar()[2], Colour::Track);
-  EXPECT_EQ(DiskPane(figures).note(), "1");
+  EXPECT_EQ(DiskPane(figures).note(), "1 mounted");
 }
 
 TEST_F(HostDiskPane, AVolumeOfNoSizeHasAnEmptyBar) {

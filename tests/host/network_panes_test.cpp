@@ -68,12 +68,61 @@ TEST_F(HostNetworkPanes, AServiceIsTwoLines) {
   take();
   const auto drawnRows = rows(list, {80, 4});
   EXPECT_EQ(drawnRows[0],
-            "■ Home                     192.0.2.7                   ↓ 2.00 KiB/s ↑ 1.00 KiB/s");
+            "■ Home    192.0.2.7                                    ↓ 2.00 KiB/s ↑ 1.00 KiB/s");
   EXPECT_EQ(drawnRows[1], "  eth0   1 Gbit/s   router 192.0.2.1   DNS 192.0.2.2 +1");
-  EXPECT_EQ(drawnRows[2], "· Tunnel                   192.0.2.7");
+  EXPECT_EQ(drawnRows[2], "· Tunnel  192.0.2.7");
   EXPECT_EQ(drawnRows[3], "  tun0");
   EXPECT_EQ(list.note(), "1 of 2 active");
   EXPECT_EQ(list.rows().wanted, 4);
+}
+
+TEST_F(HostNetworkPanes, ColumnsLineUpWhetherOrNotAServiceHasRates) {
+  moves(*service("Wired connection", "eth0"), 4096, 2048, 2);
+  service("Tunnel", "tun0")
+      ->set("ipv4_addresses", std::make_shared<Array>(Array{"198.51.100.200", "192.0.2.9"}));
+  moves(*service("日本", "eth1"), 4096, 2048, 2);
+  take();
+  const auto wide = rows(list, {80, 4});
+  const std::string rates = "↓ 2.00 KiB/s ↑ 1.00 KiB/s";
+  EXPECT_EQ(wide[0], "■ Wired connection  192.0.2.7                          " + rates);
+  EXPECT_EQ(wide[2], "· Tunnel tun0       198.51.100.200 +1");
+  EXPECT_EQ(wide[3], "■ 日本 eth1         192.0.2.7                          " + rates);
+}
+
+TEST_F(HostNetworkPanes, RatesAndNamesMakeRoomForWholeAddresses) {
+  moves(*service("Wired connection", "eth0"), 4096, 2048, 2);
+  service("Tunnel", "tun0")
+      ->set("ipv4_addresses", std::make_shared<Array>(Array{"198.51.100.200", "192.0.2.9"}));
+  take();
+  EXPECT_EQ(rows(list, {61, 4})[0],
+            "■ Wired connect…  192.0.2.7         ↓ 2.00 KiB/s ↑ 1.00 KiB/s");
+  EXPECT_EQ(rows(list, {60, 4})[0], "■ Wired connection  192.0.2.7");
+  EXPECT_EQ(rows(list, {35, 4})[0], "■ Wired connect…  192.0.2.7");
+  EXPECT_EQ(rows(list, {35, 4})[2], "· Tunnel          198.51.100.200 +1");
+}
+
+TEST_F(HostNetworkPanes, AnAddressIsShownWholeOrLeftOut) {
+  auto home = service("Wired connection", "eth0");
+  home->set("ipv4_router", "192.0.2.1");
+  home->set("ipv4_dns", std::make_shared<Array>(Array{"192.0.2.2"}));
+  take();
+  EXPECT_EQ(rows(list, {27, 2})[0], "· Wired connect…  192.0.2.7");
+  EXPECT_EQ(rows(list, {26, 2})[0], "· Wired connect…");
+  EXPECT_EQ(rows(list, {41, 2})[1], "  eth0   router 192.0.2.1   DNS 192.0.2.2");
+  EXPECT_EQ(rows(list, {40, 2})[1], "  eth0   router 192.0.2.1");
+  EXPECT_EQ(rows(list, {24, 2})[1], "  eth0   DNS 192.0.2.2");
+  EXPECT_EQ(rows(list, {20, 2})[1], "  eth0");
+}
+
+TEST_F(HostNetworkPanes, ASpeedThatStandsForAnUnknownOneIsNotShown) {
+  auto home = service("Home", "eth0");
+  home->set("is_active_interface", true);
+  home->set("link_speed", std::uint64_t{10'000'000});
+  take();
+  EXPECT_EQ(rows(list, {40, 2})[1], "  eth0");
+  home->set("link_speed", std::uint64_t{100'000'000});
+  take();
+  EXPECT_EQ(rows(list, {40, 2})[1], "  eth0   100 Mbit/s");
 }
 
 TEST_F(HostNetworkPanes, WithFewerRowsOnlyTheFirstHasItsSecond) {
@@ -146,6 +195,16 @@ TEST_F(HostNetworkPanes, BothDirectionsHaveAGraphWithItsTop) {
   EXPECT_TRUE(contains({drawnRows[1]}, "received"));
   EXPECT_TRUE(contains({drawnRows[3]}, "sent"));
   EXPECT_TRUE(contains({drawnRows[0]}, "/s"));
+}
+
+TEST_F(HostNetworkPanes, OnARowOfItsOwnADirectionIsStillNamed) {
+  take();
+  auto drawnRows = rows(graph, {76, 2});
+  EXPECT_TRUE(drawnRows[0].starts_with("received  1.00 KiB/s   ")) << drawnRows[0];
+  EXPECT_TRUE(drawnRows[1].starts_with("sent      1.00 KiB/s   ")) << drawnRows[1];
+  drawnRows = rows(graph, {36, 2});
+  EXPECT_TRUE(drawnRows[0].starts_with("received  "));
+  EXPECT_TRUE(drawnRows[1].starts_with("sent      "));
 }
 
 TEST_F(HostNetworkPanes, OtherReportsAndWhatIsNoServiceAreIgnored) {

@@ -155,11 +155,18 @@ TEST(HostOptions, HelpTellsOfCommandsExamplesAndExitStatus) {
   }
 }
 
+TEST(HostOptions, HelpCallsThingsAsMessagesDo) {
+  const auto text = optionsOf({"--help"}).text;
+  EXPECT_NE(text.find("Usage: vantile-host [OPTIONS] [COMMAND]"), std::string::npos) << text;
+  EXPECT_NE(text.find("\nCommands:\n"), std::string::npos) << text;
+  EXPECT_NE(optionsOf({"watch", "--help"}).text.find("\nArguments:\n"), std::string::npos);
+}
+
 TEST(HostOptions, ACommandsHelpIsItsOwn) {
   const auto text = optionsOf({"stream", "--help"}).text;
   EXPECT_NE(text.find("--interval SECONDS"), std::string::npos);
   EXPECT_NE(text.find("memory, disk"), std::string::npos);
-  EXPECT_EQ(text.find("Subcommands:"), std::string::npos);
+  EXPECT_EQ(text.find("Commands:"), std::string::npos);
   const auto watching = optionsOf({"watch", "--help"}).text;
   EXPECT_NE(watching.find("trash, downloads"), std::string::npos);
   EXPECT_EQ(watching.find("--interval"), std::string::npos);

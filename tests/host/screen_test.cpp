@@ -11,15 +11,18 @@ namespace {
 
 class NamedPane final : public Pane {
  public:
-  NamedPane(std::string name, PaneRows rows) : name_(std::move(name)), rows_(rows) {}
+  NamedPane(std::string name, PaneRows rows, bool sorts = false)
+      : name_(std::move(name)), rows_(rows), sorts_(sorts) {}
   std::string title() const override { return name_; }
   std::string note() const override { return "a note"; }
   PaneRows rows() const override { return rows_; }
+  bool sorts() const override { return sorts_; }
   void draw(Region region, std::int32_t) const override { region.text(0, 0, "inside " + name_); }
 
  private:
   std::string name_;
   PaneRows rows_;
+  bool sorts_;
 };
 
 class HostScreen : public testing::Test {
@@ -78,6 +81,17 @@ TEST_F(HostScreen, APageThatIsNotThereIsTheLastOne) {
 TEST_F(HostScreen, ShowsTheLatestMessage) {
   around.message = "something went wrong";
   EXPECT_NE(drawn({60, 24})[23].find("something went wrong"), std::string::npos);
+}
+
+TEST_F(HostScreen, AKeyThatHasNoRoomIsLeftOut) {
+  panes.push_back(std::make_unique<NamedPane>("Three", PaneRows{6, 6, false}, true));
+  EXPECT_EQ(drawn({46, 12}, 2)[11], " q quit   Tab page 3 of 3   s sort   r reverse");
+  EXPECT_EQ(drawn({45, 12}, 2)[11], " q quit   Tab page 3 of 3   s sort           ");
+}
+
+TEST_F(HostScreen, AMessageThatIsTooLongShowsThatItGoesOn) {
+  around.message = "something went wrong";
+  EXPECT_EQ(drawn({28, 24})[23], " q quit   something went wr…");
 }
 
 TEST_F(HostScreen, ATooSmallOneSaysSo) {
