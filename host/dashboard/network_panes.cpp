@@ -151,17 +151,25 @@ std::string detailsOf(const ServiceRow& service, int width) {
   return line;
 }
 
+/// A top that reads as a round number of the unit it is written in, at least 1 KiB.
+double topOf(double bytesPerSecond) {
+  constexpr double step = 1024;
+  double unit = step;
+  while (bytesPerSecond > unit * step) unit *= step;
+  const double top = roundTop(bytesPerSecond / unit, 1);
+  return (top < 1000 ? top : step) * unit;
+}
+
 /// One direction: a graph with its name and its top at the left. On a single row they stand beside
 /// each other, or the name alone where that leaves too little of the graph.
 void drawDirection(Region region, const History& history, const char* what, Colour colour) {
   constexpr int nameWidth = 9, topWidth = 12;  // "received ", "99.9 KiB/s "
-  constexpr double least = 1024;
   const bool single = region.height() == 1;
   const bool withTop = !single || region.width() >= 2 * (nameWidth + topWidth);
   const int axis = single ? nameWidth + (withTop ? topWidth : 0) : topWidth;
   const auto graph = region.part({axis, 0, region.width() - axis, region.height()});
   const auto span = graphSpan(graph.width());
-  const double top = roundTop(history.greatest(span), least);
+  const double top = topOf(history.greatest(span));
   if (withTop) region.textEndingAt(axis - 1, 0, rate(top), faint);
   if (single)
     region.text(0, 0, what, {colour});

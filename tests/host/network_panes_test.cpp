@@ -197,6 +197,20 @@ TEST_F(HostNetworkPanes, BothDirectionsHaveAGraphWithItsTop) {
   EXPECT_TRUE(contains({drawnRows[0]}, "/s"));
 }
 
+TEST_F(HostNetworkPanes, TheTopIsARoundNumberOfItsUnit) {
+  moves(*service("Home", "eth0"), 3000, 600 << 10, 1);
+  take();
+  auto drawnRows = rows(graph, {76, 2});
+  EXPECT_TRUE(drawnRows[0].starts_with("received  5.00 KiB/s ")) << drawnRows[0];
+  EXPECT_TRUE(drawnRows[1].starts_with("sent      1.00 MiB/s ")) << drawnRows[1];
+  services->clear();
+  moves(*service("Home", "eth0"), (1 << 20) + 1, UINT64_MAX, 1);
+  take();
+  drawnRows = rows(graph, {76, 2});
+  EXPECT_TRUE(drawnRows[0].starts_with("received  2.00 MiB/s ")) << drawnRows[0];
+  EXPECT_TRUE(drawnRows[1].starts_with("sent ")) << drawnRows[1];
+}
+
 TEST_F(HostNetworkPanes, OnARowOfItsOwnADirectionIsStillNamed) {
   take();
   auto drawnRows = rows(graph, {76, 2});
