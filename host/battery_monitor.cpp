@@ -92,11 +92,11 @@ class RunningBattery final : public RunningMonitor {
   }
 
   /// Each power source has one of these calls an update, during which the properties are its own.
-  void take(std::string_view operation, std::optional<std::string> time = {}) {
+  void take(std::string_view operation, const std::optional<std::string>& time = {}) {
     if (isUpdated()) beginUpdate();
     auto source = std::make_shared<Dictionary>();
     source->set("operation", std::string(operation));
-    source->set("time", std::move(time));
+    source->set("time", time);
     source->set("powerSourceState", info_->prevPowerSource());
     source->set("currentPercent", info_->currentPercent());
     source->set("batteryHealth", info_->health());

@@ -77,6 +77,7 @@ const MountedVolume* UsageVolumes::mountedAt(const std::string& mountPoint) {
   if (table_.changed()) {
     auto mounts = parseMountinfo(table_.text().value_or(std::string_view()));
     std::vector<std::string> names;
+    names.reserve(mounts.size());
     for (const auto& mount : mounts) names.push_back(mount.type);
     const std::vector<std::string_view> types(names.begin(), names.end());
     volumes_ = volumesIn(std::move(mounts), types);
