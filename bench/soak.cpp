@@ -31,10 +31,15 @@ namespace {
 
 std::atomic<long> liveBlocks = 0;
 
-void* allocated(std::size_t bytes) {
+void* allocated(std::size_t bytes) noexcept {
   void* const block = std::malloc(bytes > 0 ? bytes : 1);
+  if (block) ++liveBlocks;
+  return block;
+}
+
+void* allocatedOrThrown(std::size_t bytes) {
+  void* const block = allocated(bytes);
   if (!block) throw std::bad_alloc();
-  ++liveBlocks;
   return block;
 }
 
@@ -46,9 +51,15 @@ void released(void* block) noexcept {
 }  // namespace
 
 void* operator new(std::size_t bytes) {
-  return allocated(bytes);
+  return allocatedOrThrown(bytes);
 }
 void* operator new[](std::size_t bytes) {
+  return allocatedOrThrown(bytes);
+}
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocated(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
   return allocated(bytes);
 }
 void operator delete(void* block) noexcept {

@@ -99,17 +99,18 @@ using Lock = std::unique_lock<std::mutex>;
 
 bool performSources(CFRunLoopRef loop, Lock& lock) {
   bool performed = false;
-  for (auto* const source : std::vector(loop->sources)) {
+  const auto sources = loop->sources;  // all held: a call may end another one
+  for (auto* const source : sources) ++source->references;
+  for (auto* const source : sources) {
     if (!source->signalled || source->loop != loop) continue;
     source->signalled = false;
-    ++source->references;
     const auto context = source->context;
     lock.unlock();
     context.perform(context.info);
     lock.lock();
-    drop(source);
     performed = true;
   }
+  for (auto* const source : sources) drop(source);
   return performed;
 }
 
