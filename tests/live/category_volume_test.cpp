@@ -169,7 +169,7 @@ TEST_F(LiveManyFiles, AreLeftAtOnceWhenTheOwnerGoes) {
   volume.fill(100000, 100000);
   for (const auto wait : {1ms, 30ms, 80ms}) {
     auto categories = std::make_unique<LinuxVolumeCategories>(
-        LinuxVolumeCategories::Means{.accounting = [this](bool) { return means(); }});
+        LinuxVolumeCategories::Means{.accounting = [plain = means()](bool) { return plain; }});
     categories->want({path});
     std::this_thread::sleep_for(wait);
     const auto begin = std::chrono::steady_clock::now();
@@ -234,7 +234,7 @@ TEST_F(LiveCountedVolume, AVolumeThatHangsHoldsUpNoOtherNorTheEnd) {
   UsageVolumes volumes;
   ASSERT_TRUE(volumes.mayHang(at));
   auto categories = std::make_unique<LinuxVolumeCategories>(LinuxVolumeCategories::Means{
-      .accounting = [this](bool) { return means(); },
+      .accounting = [plain = means()](bool) { return plain; },
       .mayHang = [&volumes](const std::string& path) { return volumes.mayHang(path); }});
   categories->want({at, tree.path("films")});
   while (server.asked == 0) std::this_thread::sleep_for(1ms);
@@ -259,8 +259,8 @@ TEST_F(LiveCountedVolume, AVolumeThatTakesAnothersPlaceHasItsOwnSizes) {
   };
   if (!made("one", 100000) || !made("two", 500000) || !mounted("one"))
     GTEST_SKIP() << "no volume can be mounted here";
-  LinuxVolumeCategories categories({.accounting = [this](bool) {
-    auto unhurried = means();
+  LinuxVolumeCategories categories({.accounting = [plain = means()](bool) {
+    auto unhurried = plain;
     unhurried.pace.period = 1h;  // not found by a further pass
     return unhurried;
   }});

@@ -1,6 +1,5 @@
 #include "vantile/platform/linux/power_sources.h"
 
-#include <libudev.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +9,7 @@
 #include "vantile/foundation/log.h"
 #include "vantile/foundation/run_loop.h"
 #include "vantile/platform/linux/descriptor_source.h"
+#include "vantile/platform/linux/udev.h"
 
 namespace vantile {
 namespace {
@@ -18,17 +18,11 @@ namespace {
 // of milliseconds later.
 constexpr std::chrono::milliseconds burst(100);
 
-struct Unref {
-  void operator()(udev* context) const { ::udev_unref(context); }
-  void operator()(udev_monitor* monitor) const { ::udev_monitor_unref(monitor); }
-  void operator()(udev_device* device) const { ::udev_device_unref(device); }
-};
-
-using Monitor = std::unique_ptr<udev_monitor, Unref>;
+using Monitor = Udev<udev_monitor>;
 
 /// A monitor of the power supplies' changes; null where there can't be one.
 Monitor openMonitor(const LinuxRoots& roots) {
-  const std::unique_ptr<udev, Unref> context(::udev_new());
+  const auto context = udevContext();
   if (!context) return nullptr;
   // Without udevd nobody sends to its group.
   const bool hasUdevd = ::access((roots.run + "/udev/control").c_str(), F_OK) == 0;
@@ -51,14 +45,12 @@ class Subscription final : public PowerSourceSubscription {
         source_(::udev_monitor_get_fd(monitor_.get()), [this] { onEvents(); }) {}
 
  private:
-  using Device = std::unique_ptr<udev_device, Unref>;
-
   void onEvents() {
     // A whole burst is one change, told when its first event is so old.
     bool any = false;
     while (true) {
       errno = 0;
-      const Device device(::udev_monitor_receive_device(monitor_.get()));
+      const Udev<udev_device> device(::udev_monitor_receive_device(monitor_.get()));
       const bool lost = !device && errno == ENOBUFS;  // there were more than the socket holds
       if (!device && !lost) break;
       any = true;

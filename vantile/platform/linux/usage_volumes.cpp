@@ -1,6 +1,5 @@
 #include "vantile/platform/linux/usage_volumes.h"
 
-#include <libudev.h>
 #include <linux/msdos_fs.h>
 #include <sys/ioctl.h>
 #include <sys/vfs.h>
@@ -12,24 +11,19 @@
 #include <string_view>
 
 #include "vantile/platform/linux/statx.h"
+#include "vantile/platform/linux/udev.h"
 #include "vantile/platform/posix/descriptor.h"
 
 namespace vantile {
 namespace {
 
-struct ReleaseUdev {
-  void operator()(udev* context) const { ::udev_unref(context); }
-  void operator()(udev_device* device) const { ::udev_device_unref(device); }
-};
-
 /// What udev's rules read of the device when it came.
 std::string identifierByUdev(const DeviceNumber& number) {
-  const std::unique_ptr<udev, ReleaseUdev> context(number.major != 0 ? ::udev_new() : nullptr);
+  const auto context = number.major != 0 ? udevContext() : nullptr;
   if (!context) return {};
   const auto device =
       ::makedev(static_cast<unsigned>(number.major), static_cast<unsigned>(number.minor));
-  const std::unique_ptr<udev_device, ReleaseUdev> entry(
-      ::udev_device_new_from_devnum(context.get(), 'b', device));
+  const Udev<udev_device> entry(::udev_device_new_from_devnum(context.get(), 'b', device));
   const char* const text =
       entry ? ::udev_device_get_property_value(entry.get(), "ID_FS_UUID_ENC") : nullptr;
   return text ? text : "";

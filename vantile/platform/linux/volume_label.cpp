@@ -1,7 +1,6 @@
 #include "vantile/platform/linux/volume_label.h"
 
 #include <fcntl.h>
-#include <libudev.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -10,17 +9,13 @@
 #include <cstring>
 #include <memory>
 
+#include "vantile/platform/linux/udev.h"
 #include "vantile/platform/parsers/text.h"
 #include "vantile/platform/posix/descriptor.h"
 #include "vantile/platform/posix/files.h"
 
 namespace vantile {
 namespace {
-
-struct ReleaseUdev {
-  void operator()(udev* context) const { ::udev_unref(context); }
-  void operator()(udev_device* device) const { ::udev_device_unref(device); }
-};
 
 /// The block device of the file system. One that spans several, or has none, was given a number
 /// by the kernel that is no device's, and names one as its source.
@@ -37,10 +32,9 @@ std::optional<dev_t> deviceOf(const Mount& mount) {
 /// What udev's rules read of the device when it came.
 std::optional<std::string> labelByUdev(const Mount& mount) {
   const auto number = deviceOf(mount);
-  const std::unique_ptr<udev, ReleaseUdev> context(number ? ::udev_new() : nullptr);
+  const auto context = number ? udevContext() : nullptr;
   if (!context) return std::nullopt;
-  const std::unique_ptr<udev_device, ReleaseUdev> device(
-      ::udev_device_new_from_devnum(context.get(), 'b', *number));
+  const Udev<udev_device> device(::udev_device_new_from_devnum(context.get(), 'b', *number));
   if (!device) return std::nullopt;
   const char* const label = ::udev_device_get_property_value(device.get(), "ID_FS_LABEL_ENC");
   return label ? std::optional(withoutHexEscapes(label)) : std::nullopt;
