@@ -8,10 +8,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
 #include <memory>
 
 #include "vantile/sensors/cpu.h"
+
+#include "quiet_output.h"
 
 // One sample of the processors: the library's beside the kernel reads that it can't do without, and
 // its usage part beside two libraries that give about the same figures.
@@ -28,27 +29,8 @@ std::shared_ptr<vantile::CPUStatus> monitor(std::shared_ptr<vantile::CPUDelegate
   return cpu;
 }
 
-/// Standard output leads nowhere while it lives: where there is no sensor, a sample prints so.
-class Silence {
- public:
-  Silence() : kept_(::dup(STDOUT_FILENO)) {
-    std::fflush(stdout);
-    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    ::dup2(nowhere, STDOUT_FILENO);
-    ::close(nowhere);
-  }
-  ~Silence() {
-    std::fflush(stdout);
-    ::dup2(kept_, STDOUT_FILENO);
-    ::close(kept_);
-  }
-
- private:
-  const int kept_;
-};
-
 void cpuTick(benchmark::State& state) {
-  const Silence silence;
+  const vantile::QuietOutput silence;
   double seen = 0;
   auto delegate = std::make_shared<vantile::CPUDelegate>();
   delegate->cpuUsedWithCoreWithSystemWithUserWithIdle = [&seen](std::uint32_t, float system,
@@ -89,7 +71,7 @@ void bareReads(benchmark::State& state) {
 
 void usage(benchmark::State& state) {
   // What a sample does beyond its usage part is taken along.
-  const Silence silence;
+  const vantile::QuietOutput silence;
   double seen = 0;
   auto delegate = std::make_shared<vantile::CPUDelegate>();
   delegate->cpuUsedWithSystemWithUserWithIdle = [&seen](float system, float user, float idle) {

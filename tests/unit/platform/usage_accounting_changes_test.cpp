@@ -39,8 +39,7 @@ TEST_F(UsageAccountingTest, AnotherVolumeInItsPlaceIsCountedAsSuch) {
 }
 
 TEST_F(UsageAccountingTest, AStopEndsTheWorkAtOnceAndLosesNothing) {
-  for (int number = 0; number < 5; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 5);
   want({first});
   turn();
   stopped = true;
@@ -75,8 +74,7 @@ TEST_F(UsageAccountingTest, AVolumeSwappedBetweenPassesLosesTheOthersCountsAtOnc
 }
 
 TEST_F(UsageAccountingTest, AVolumeSwappedWithinAPassIsCountedAnew) {
-  for (int number = 0; number < 10; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 10);
   pace.firstBatch = 6;
   restart();
   want({first});
@@ -102,8 +100,7 @@ TEST_F(UsageAccountingTest, WhatIsMountedAgainIsLookedForAtOnce) {
 TEST_F(UsageAccountingTest, MountsElsewhereDoNotHastenAPass) {
   pace.batch = 2;
   restart();
-  for (int number = 0; number < 10; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 10);
   want({first});
   work();
   later(pace.period);
@@ -117,8 +114,7 @@ TEST_F(UsageAccountingTest, MountsElsewhereDoNotHastenAPass) {
 TEST_F(UsageAccountingTest, AFirstPassLetsGoOfTheVolumeNowAndThen) {
   pace.firstBatch = 4;
   restart();
-  for (int number = 0; number < 10; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 10);
   want({first});
   turn();
   EXPECT_EQ(turn(), pace.release);

@@ -48,6 +48,11 @@ struct UsageAccountingTest : UsageTest {
     if (volume && mountPoint == first) volume->identifier = identifier;
     return volume;
   }
+  /// Folders in the volume's, each with a photo of a kibibyte.
+  void makeFolders(const std::string& volume, int count) {
+    for (int number = 0; number < count; ++number)
+      tree.file(volume + "/f" + std::to_string(number) + "/a.jpg", contents(1));
+  }
   void want(const std::vector<std::string>& list) { accounting->want(list, isStopped); }
   Rest turn() { return accounting->turn(isStopped); }
   /// Turns until there is some rest but those within a first pass.

@@ -31,9 +31,7 @@ TEST_F(UsageAccountingTest, AnEmptyVolumeHasFigures) {
 TEST_F(UsageAccountingTest, VolumesAreGoneThroughOneAfterTheOtherInTheirOrder) {
   pace.firstBatch = 1;
   restart();
-  for (const auto* const volume : {"first", "second"})
-    for (int number = 0; number < 5; ++number)
-      tree.file(std::string(volume) + "/f" + std::to_string(number) + "/a.jpg", contents(1));
+  for (const auto* const volume : {"first", "second"}) makeFolders(volume, 5);
   want({second, first});
   while (accounting->figures().empty()) later(*turn());
   EXPECT_TRUE(accounting->figures().contains(second));
@@ -72,8 +70,7 @@ TEST_F(UsageAccountingTest, FurtherPassesGoInSmallPartsWithRestBetweenThem) {
   pace.batch = 2;
   pace.leastRest = 10s;
   restart();
-  for (int number = 0; number < 10; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 10);
   want({first});
   work();
   later(pace.period);
@@ -112,8 +109,7 @@ TEST_F(UsageAccountingTest, WhatWasCountedIsThereAtTheNextStartAtOnce) {
 TEST_F(UsageAccountingTest, AnInterruptedFirstPassIsTakenUp) {
   pace.firstBatch = 4;
   restart();
-  for (int number = 0; number < 10; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 10);
   want({first});
   for (int part = 0; part < 3; ++part) later(*turn());
   const auto listed = accounting->listed();
@@ -132,8 +128,7 @@ TEST_F(UsageAccountingTest, AnInterruptedFirstPassIsTakenUp) {
 TEST_F(UsageAccountingTest, ALongFirstPassIsKeptNowAndThen) {
   pace.firstBatch = 1;
   restart();
-  for (int number = 0; number < 5; ++number)
-    tree.file("first/f" + std::to_string(number) + "/a.jpg", contents(1));
+  makeFolders("first", 5);
   want({first});
   turn();
   later(*turn());
