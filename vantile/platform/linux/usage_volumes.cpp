@@ -17,16 +17,11 @@
 namespace vantile {
 namespace {
 
-/// What udev's rules read of the device when it came.
 std::string identifierByUdev(const DeviceNumber& number) {
-  const auto context = number.major != 0 ? udevContext() : nullptr;
-  if (!context) return {};
+  if (number.major == 0) return {};
   const auto device =
       ::makedev(static_cast<unsigned>(number.major), static_cast<unsigned>(number.minor));
-  const Udev<udev_device> entry(::udev_device_new_from_devnum(context.get(), 'b', device));
-  const char* const text =
-      entry ? ::udev_device_get_property_value(entry.get(), "ID_FS_UUID_ENC") : nullptr;
-  return text ? text : "";
+  return udevProperty(device, "ID_FS_UUID_ENC").value_or("");
 }
 
 // As <linux/fs.h> has it since 6.9.

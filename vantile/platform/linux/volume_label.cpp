@@ -7,7 +7,6 @@
 #include <sys/sysmacros.h>
 
 #include <cstring>
-#include <memory>
 
 #include "vantile/platform/linux/udev.h"
 #include "vantile/platform/parsers/text.h"
@@ -29,15 +28,10 @@ std::optional<dev_t> deviceOf(const Mount& mount) {
   return status.st_rdev;
 }
 
-/// What udev's rules read of the device when it came.
 std::optional<std::string> labelByUdev(const Mount& mount) {
   const auto number = deviceOf(mount);
-  const auto context = number ? udevContext() : nullptr;
-  if (!context) return std::nullopt;
-  const Udev<udev_device> device(::udev_device_new_from_devnum(context.get(), 'b', *number));
-  if (!device) return std::nullopt;
-  const char* const label = ::udev_device_get_property_value(device.get(), "ID_FS_LABEL_ENC");
-  return label ? std::optional(withoutHexEscapes(label)) : std::nullopt;
+  const auto label = number ? udevProperty(*number, "ID_FS_LABEL_ENC") : std::nullopt;
+  return label ? std::optional(withoutHexEscapes(*label)) : std::nullopt;
 }
 
 /// ext4, btrfs, xfs, f2fs and a few more tell it to anybody who may read their root.
