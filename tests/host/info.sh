@@ -51,8 +51,9 @@ for folder in dev usr lib lib64 etc; do
 done
 mount -t proc proc proc && mount --bind "$(dirname "$HOST")/.." program || exit 77
 head -c 3000000 /dev/zero >film.mkv
+cp "$SUPPRESSED" suppressed || exit 1
 run() {
-  LD_LIBRARY_PATH=/program/vantile XDG_CACHE_HOME=/cache HOME=/ \
+  LD_LIBRARY_PATH=/program/vantile XDG_CACHE_HOME=/cache HOME=/ TSAN_OPTIONS=suppressions=/suppressed \
     chroot . "/program/host/$(basename "$HOST")" "$@"
 }
 run stream --monitors disk | grep -m 1 -q '"disk_movies":30' || exit # kept before it is told
@@ -64,7 +65,8 @@ done
 exit 1
 END
 truncate -s 32M "$WORK/image"
-export WORK HOST
+SUPPRESSED=$(cd "$(dirname "$0")/.." && pwd)/tsan.supp
+export WORK HOST SUPPRESSED
 unshare --mount sh "$WORK/root.sh"
 case $? in
   0) ;;
