@@ -18,6 +18,7 @@
 
 #include "vantile/utility/folder_functions.h"
 
+#include "fakes/open_descriptors.h"
 #include "fakes/temporary_folder.h"
 #include "live/command.h"
 
@@ -175,11 +176,7 @@ TEST_F(LiveFolders, ADeepTreeTakesFewDescriptors) {
   most = 0;
   trv_all_app(
       tree.path().c_str(), 1,
-      [](const char*, std::int32_t) {
-        const std::filesystem::directory_iterator all("/proc/self/fd");
-        most = std::max<std::size_t>(most,
-                                     static_cast<std::size_t>(std::distance(begin(all), end(all))));
-      },
+      [](const char*, std::int32_t) { most = std::max(most, testing::openDescriptors()); },
       nullptr);
   EXPECT_GT(most, 3u);
   EXPECT_LT(most, 64u);

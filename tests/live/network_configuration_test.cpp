@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "fakes/open_descriptors.h"
 #include "live/network_namespace.h"
 #include "live/opened_configuration.h"
 

@@ -19,6 +19,7 @@
 #include "vantile/platform/interface_facts.h"
 #include "vantile/platform/linux/interface_counters.h"
 
+#include "fakes/open_descriptors.h"
 #include "fakes/temporary_folder.h"
 #include "live/network_namespace.h"
 

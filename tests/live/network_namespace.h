@@ -110,11 +110,4 @@ inline Descriptor tunDevice(const std::string& name, int linkType) {
   return tun;
 }
 
-/// How many descriptors this process has open.
-inline std::size_t openDescriptors() {
-  std::size_t count = 0;
-  for (int each = 0; each < 4096; ++each) count += ::fcntl(each, F_GETFD) >= 0;
-  return count;
-}
-
 }  // namespace vantile::testing

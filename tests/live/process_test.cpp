@@ -16,6 +16,7 @@
 
 #include "vantile/process/process_stats.h"
 
+#include "fakes/open_descriptors.h"
 #include "live/application_helper.h"
 #include "live/command.h"
 
@@ -58,10 +59,6 @@ struct LiveProcess : ::testing::Test {
     return 0;
   }
   static std::string self() { return std::filesystem::read_symlink("/proc/self/exe").string(); }
-  static std::size_t descriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-  }
 
   testing::InstalledEntries entries;
   const std::shared_ptr<ProcessStats> monitor = ProcessStats::init();
@@ -219,7 +216,7 @@ TEST_F(LiveProcess, ThousandsThatComeAndGoLeaveNothingBehind) {
     for (int sample = 0; sample < 10; ++sample) sampled(0);  // until what is kept has been opened
   }
   ASSERT_EQ(awaited("The brief", false), -1);
-  const auto before = descriptors();
+  const auto before = testing::openDescriptors();
   std::atomic<bool> done = false;
   std::thread starter([&] {
     for (int number = 0; number < 2000; number += 4) {
@@ -245,7 +242,7 @@ TEST_F(LiveProcess, ThousandsThatComeAndGoLeaveNothingBehind) {
   EXPECT_GT(samples, 50);
   EXPECT_GT(seen, 50u);
   EXPECT_EQ(awaited("The brief", false), -1);
-  EXPECT_EQ(descriptors(), before);
+  EXPECT_EQ(testing::openDescriptors(), before);
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
   EXPECT_EQ(errno, ECHILD);
 }

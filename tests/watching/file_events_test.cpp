@@ -13,6 +13,7 @@
 #include <fstream>
 #include <thread>
 
+#include "fakes/open_descriptors.h"
 #include "fakes/temporary_folder.h"
 
 namespace vantile::testing {
@@ -99,12 +100,9 @@ TEST_F(RealFileEvents, AnItemThatWentBeforeItWasWatchedIsToldAsDeleted) {
 }
 
 TEST_F(RealFileEvents, NoDescriptorIsHeldOnAWatchedItem) {
-  const auto count = [] {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-  };
-  const auto before = count();
+  const auto before = openDescriptors();
   for (int number = 0; number < 100; ++number) watch(disk.file(std::to_string(number)));
-  EXPECT_EQ(count(), before);
+  EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST_F(RealFileEvents, ChangesOfOneItemAreOneEventUntilItIsTakenUp) {

@@ -12,6 +12,7 @@
 #include "vantile/platform/linux/file_events.h"
 #include "vantile/watchqueue/watch_queue_ports.h"
 
+#include "fakes/open_descriptors.h"
 #include "fakes/recorded_log.h"
 #include "live/sanitized.h"
 #include "watching/real_folders.h"
@@ -20,10 +21,6 @@ namespace vantile::testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::ptrdiff_t openDescriptors() {
-  return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-}
 
 std::size_t residentPages() {
   std::size_t size = 0, resident = 0;

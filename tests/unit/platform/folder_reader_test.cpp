@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 
+#include "fakes/open_descriptors.h"
 #include "fakes/temporary_folder.h"
 
 namespace vantile {
@@ -24,11 +25,6 @@ struct LinuxFolderReaderTest : ::testing::Test {
     while (opened.list(batch) == Listed::some)
       for (const auto& entry : batch.entries) entries.emplace(entry.name, entry.kind);
     return entries;
-  }
-  static std::size_t openDescriptors() {
-    namespace fs = std::filesystem;
-    const fs::directory_iterator all("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(fs::begin(all), fs::end(all)));
   }
 
   TemporaryFolder folder;
@@ -170,7 +166,7 @@ TEST_F(LinuxFolderReaderTest, ListingAFolderThatWasRemovedEndsIt) {
 
 TEST_F(LinuxFolderReaderTest, NoDescriptorIsLeftBehind) {
   folder.file("d/f", "x");
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   {
     const auto opened = open(folder.path());
     const auto child = opened->child("d");
@@ -178,7 +174,7 @@ TEST_F(LinuxFolderReaderTest, NoDescriptorIsLeftBehind) {
     (void)child->text("f", 9);
     (void)opened->child("none");
   }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(testing::openDescriptors(), before);
 }
 
 }  // namespace

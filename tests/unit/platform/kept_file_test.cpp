@@ -4,19 +4,13 @@
 
 #include <filesystem>
 
+#include "fakes/open_descriptors.h"
 #include "fakes/temporary_folder.h"
 
 namespace vantile {
 namespace {
 
 using testing::TemporaryFolder;
-
-std::size_t openDescriptors() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-    ++count;
-  return count;
-}
 
 struct KeptFileTest : ::testing::Test {
   TemporaryFolder folder;
@@ -33,15 +27,15 @@ TEST_F(KeptFileTest, IsReadAnewEachTime) {
 
 TEST_F(KeptFileTest, IsReadThroughOneDescriptor) {
   KeptFile file(folder.file("f", "one"));
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   for (int i = 0; i < 10; ++i) (void)file.text();
-  EXPECT_EQ(openDescriptors(), before + 1);
+  EXPECT_EQ(testing::openDescriptors(), before + 1);
 }
 
 TEST_F(KeptFileTest, ClosesItsDescriptorAtItsEnd) {
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   { (void)KeptFile(folder.file("f", "one")).text(); }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(testing::openDescriptors(), before);
 }
 
 TEST_F(KeptFileTest, MayBeOfAnyLength) {

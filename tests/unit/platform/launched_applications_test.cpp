@@ -8,6 +8,7 @@
 #include <iterator>
 #include <map>
 
+#include "fakes/open_descriptors.h"
 #include "fakes/temporary_folder.h"
 
 namespace vantile {
@@ -92,18 +93,14 @@ struct LinuxLaunched : ::testing::Test {
       recent};
 };
 
-std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
 TEST_F(LinuxLaunched, RestsWithoutADescriptor) {
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   process(41);
   launched(41, entryPath("mail"), 41);
   (void)namesInTime();
-  EXPECT_GT(openDescriptors(), before);
+  EXPECT_GT(testing::openDescriptors(), before);
   applications.rest();
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(testing::openDescriptors(), before);
   EXPECT_EQ(names(), (Found{{41, "The mail"}}));
 }
 
@@ -298,13 +295,13 @@ TEST_F(LinuxLaunched, AnApplicationThatBecomesAnotherOneIsSeenByItsStackToo) {
 }
 
 TEST_F(LinuxLaunched, OfManyApplicationsSomeAreKeptOpen) {
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   for (int pid = 41; pid < 41 + 200; ++pid) {
     process(pid);
     launched(pid, entryPath("mail"), pid);
   }
   EXPECT_EQ(namesInTime().size(), 200u);
-  EXPECT_LE(openDescriptors() - before, 128);
+  EXPECT_LE(testing::openDescriptors(), before + 128);
 }
 
 TEST_F(LinuxLaunched, WhatDidNotChangeIsNotReadAnew) {
