@@ -138,6 +138,55 @@ TEST_F(UsageAccountingTest, ALongFirstPassIsKeptNowAndThen) {
   EXPECT_TRUE(std::filesystem::exists(caches.path("vantile")));
 }
 
+/// How often a record was written, or was to be, while folders are counted one by one. Each has
+/// names of six bytes.
+struct UsageAccountingNamesTest : UsageAccountingTest {
+  UsageAccountingNamesTest() {
+    pace.firstBatch = pace.batch = 1;
+    pace.mostHeld = 12;
+    restart();
+  }
+  int writesUntilAllAreCounted() {
+    const auto all = 100 * bytes("first/f0/a.jpg");
+    std::filesystem::file_time_type before = {};
+    int count = 0;
+    for (int turns = 0; turns < 1000; ++turns) {
+      std::filesystem::last_write_time(folder, before);
+      later(turn().value_or(0ns));
+      count += std::filesystem::last_write_time(folder) != before;
+      if (accounting->figures().contains(first) && of(first)[3] == all) return count;
+    }
+    return 0;
+  }
+  const std::string folder = caches.folder("vantile");
+};
+
+TEST_F(UsageAccountingNamesTest, ManyNamesAreKeptBeforeAMinuteIsOver) {
+  makeFolders("first", 100);
+  want({first});
+  // Two folders' at a time, then a quarter of those that are kept.
+  const int written = writesUntilAllAreCounted();
+  EXPECT_GE(written, 12);
+  EXPECT_LE(written, 25);
+}
+
+TEST_F(UsageAccountingNamesTest, SoAreThoseOfALaterPass) {
+  want({first});
+  work();
+  makeFolders("first", 100);
+  later(pace.period);
+  EXPECT_GE(writesUntilAllAreCounted(), 12);
+}
+
+TEST_F(UsageAccountingNamesTest, ThoseThatCantBeKeptAreTriedAsTheyBecomeMore) {
+  makeFolders("first", 100);
+  caches.folder("vantile/" + usageRecordName(*volumeAt(first)) + "/in the way");
+  want({first});
+  const int tried = writesUntilAllAreCounted();
+  EXPECT_GE(tried, 48);
+  EXPECT_LE(tried, 55);
+}
+
 TEST_F(UsageAccountingTest, WhatIsNoLongerWantedIsKeptAndForgotten) {
   pace.firstBatch = 1;
   restart();

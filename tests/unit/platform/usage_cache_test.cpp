@@ -2,7 +2,9 @@
 
 #include "vantile/platform/posix/files.h"
 
+#include "fakes/open_descriptors.h"
 #include "fakes/recorded_log.h"
+#include "unit/platform/names_of.h"
 #include "unit/platform/usage_fixture.h"
 
 namespace vantile {
@@ -28,10 +30,10 @@ struct UsageCacheTest : testing::UsageTest {
   }
   /// A folder of some 700 KiB.
   void makeLarge() {
-    FolderContents large;
+    large.clear();
     for (int number = 0; number < 50000; ++number)
-      large.files.append("IMG_" + std::to_string(100000 + number) + ".x").push_back('\0');
-    index.setContents(UsageIndex::root, 1, large);
+      large.append("IMG_" + std::to_string(100000 + number) + ".x").push_back('\0');
+    index.setContents(UsageIndex::root, 1, {}, NameList(large));
   }
 
   const UsageCache::IsStopped never = [] { return false; };
@@ -40,6 +42,7 @@ struct UsageCacheTest : testing::UsageTest {
   const std::string file = folder + "/" + usageRecordName(volume);
   UsageCache cache{folder};
   UsageIndex index;
+  std::string large;
   testing::RecordedLog log;
 };
 
@@ -124,7 +127,59 @@ TEST_F(UsageCacheTest, ARecordHasNoLargestSize) {
   EXPECT_GT(std::filesystem::file_size(file), 500000u);
   const auto record = taken(volume);
   ASSERT_TRUE(record);
-  EXPECT_EQ(record->index.files(UsageIndex::root), index.files(UsageIndex::root));
+  EXPECT_EQ(testing::namesOf(record->index, UsageIndex::root), large);
+}
+
+TEST_F(UsageCacheTest, NamesThatWereKeptAreReadFromTheRecord) {
+  makeLarge();
+  keep(volume);
+  EXPECT_EQ(index.heldSize(), 0u);
+  EXPECT_EQ(testing::namesOf(index, UsageIndex::root), large);
+}
+
+TEST_F(UsageCacheTest, ARecordThatWasReplacedIsStillRead) {
+  makeLarge();
+  keep(volume);
+  auto record = taken(volume);
+  UsageIndex other;
+  UsageCache(folder).keep(volume, true, other, never);  // another process's
+  EXPECT_EQ(testing::namesOf(index, UsageIndex::root), large);
+  EXPECT_EQ(testing::namesOf(record->index, UsageIndex::root), large);
+  keep(volume);
+  EXPECT_EQ(testing::namesOf(taken(volume)->index, UsageIndex::root), large);
+}
+
+TEST_F(UsageCacheTest, NamesThatCouldNotBeKeptStayInMemory) {
+  tree.file("caches", "no folder");
+  makeLarge();
+  keep(volume);
+  EXPECT_EQ(index.heldSize(), large.size());
+  EXPECT_EQ(testing::namesOf(index, UsageIndex::root), large);
+}
+
+TEST_F(UsageCacheTest, ARecordThatWasCutOffCostsALogLineAndIsWrittenTheNextTime) {
+  makeLarge();
+  keep(volume);
+  std::filesystem::resize_file(file, 1000);
+  EXPECT_EQ(testing::namesOf(index, UsageIndex::root), "");
+  keep(volume);
+  EXPECT_EQ(log.lines, (std::vector<std::string>{"usage by category is not kept in " + folder +
+                                                 ": Input/output error"}));
+  EXPECT_EQ(keptFiles(), 1u);
+  EXPECT_EQ(index.stamp(UsageIndex::root), 0u);
+  keep(volume);
+  EXPECT_EQ(taken(volume)->index.size(), 3u);
+}
+
+TEST_F(UsageCacheTest, OneDescriptorIsHeldForEachRecordThatIsRead) {
+  const auto before = testing::openDescriptors();
+  for (int time = 0; time < 10; ++time) {
+    makeLarge();
+    keep(volume);
+    EXPECT_EQ(testing::openDescriptors(), before + 1);
+  }
+  index = UsageIndex();
+  EXPECT_EQ(testing::openDescriptors(), before);
 }
 
 TEST_F(UsageCacheTest, AStoppedWriteLeavesTheRecordBeforeAndNothingElse) {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "unit/platform/names_of.h"
 #include "unit/platform/refused_calls.h"
 #include "unit/platform/usage_pass_fixture.h"
 
@@ -53,6 +54,39 @@ TEST_F(UsagePassFailuresTest, AFileThatIsClosedToUsIsNotMissedButLookedForAgain)
   tree.file("a/b.jpg", contents(1));
   MISSED_OR_SKIPPED(count, SYS_newfstatat, EACCES);
   EXPECT_EQ(*count, 0u);
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg")));
+}
+
+TEST_F(UsagePassFailuresTest, WhereNamesCantBeReadTheFolderIsListedTheNextTime) {
+  tree.file("a/b.jpg", contents(1));
+  tree.file("c/d.jpg", contents(1));
+  run();
+  std::string kept;
+  testing::keepNames(index, kept);
+  tree.file("a/b.jpg", contents(9));
+  kept[kept.find("b.jpg")] = '/';
+  EXPECT_EQ(run(), 0u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, 2 * bytes("c/d.jpg")));
+  EXPECT_EQ(run(), 1u);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg") + bytes("c/d.jpg")));
+  EXPECT_EQ(run(), 0u);
+}
+
+TEST_F(UsagePassFailuresTest, NamesThatAreGivenUpInTheMiddleLoseNothing) {
+  constexpr int files = 3000;
+  for (int number = 0; number < files; ++number)
+    tree.file("a/" + std::string(30, 'x') + std::to_string(number) + ".jpg");
+  tree.file("a/b.jpg", contents(5));
+  run();
+  std::string kept;
+  testing::keepNames(index, kept);
+  auto parts = pass();
+  EXPECT_EQ(parts.run(100, never), UsagePass::Came::some);
+  const auto folder = index.first(UsageIndex::root);
+  index.setContents(folder, 0, index.sums(folder), NameList());
+  EXPECT_EQ(parts.run(all, never), UsagePass::Came::toTheEnd);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg")));
   EXPECT_EQ(run(), 1u);
   EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg")));
 }

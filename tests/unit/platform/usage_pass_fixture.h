@@ -9,6 +9,7 @@
 
 #include "vantile/platform/linux/usage_pass.h"
 
+#include "fakes/open_descriptors.h"
 #include "unit/platform/usage_fixture.h"
 
 namespace vantile::testing {
@@ -36,10 +37,6 @@ struct UsagePassTest : UsageTest {
     auto sums = index.blocks();
     for (auto& each : sums) each *= 512;
     return sums;
-  }
-  static std::size_t openDescriptors() {
-    const auto folder = std::filesystem::directory_iterator("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
   }
 
   using Clock = std::chrono::steady_clock;

@@ -1,5 +1,6 @@
 // Passes that go on in parts.
 
+#include "unit/platform/names_of.h"
 #include "unit/platform/usage_pass_fixture.h"
 
 namespace vantile {
@@ -82,10 +83,10 @@ TEST_F(UsagePassTest, AFolderOfManyFilesIsCountedInParts) {
       sums(0, bytes("a/below/b.mkv"), 0, bytes("a/" + std::string(30, 'x') + "5.jpg"));
   auto first = pass();
   std::size_t parts = 1, before = 0;
-  const auto descriptors = openDescriptors();
+  const auto descriptors = testing::openDescriptors();
   while (first.run(100, never) == UsagePass::Came::some) {
     EXPECT_LE(first.asked() - before, 100u);
-    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(testing::openDescriptors(), descriptors);
     before = first.asked();
     ++parts;
   }
@@ -93,6 +94,8 @@ TEST_F(UsagePassTest, AFolderOfManyFilesIsCountedInParts) {
   EXPECT_EQ(first.listed(), 3u);
   EXPECT_EQ(first.asked(), files + 1 + 2);
   EXPECT_EQ(counted(), expected);
+  std::string kept;
+  testing::keepNames(index, kept);
   auto again = pass();
   tree.file("a/" + std::string(30, 'x') + "7.jpg", contents(9));
   for (parts = 1; again.run(100, never) == UsagePass::Came::some;) ++parts;
@@ -155,9 +158,10 @@ TEST_F(UsagePassTest, APartThatOpensForLongerThanItMayHoldGetsOnAllTheSame) {
 
 TEST_F(UsagePassTest, BetweenItsPartsItHoldsNoDescriptor) {
   tree.file("a/b/c/d.jpg", contents(1));
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   auto parts = pass();
-  while (parts.run(1, never) == UsagePass::Came::some) EXPECT_EQ(openDescriptors(), before);
+  while (parts.run(1, never) == UsagePass::Came::some)
+    EXPECT_EQ(testing::openDescriptors(), before);
   EXPECT_EQ(parts.listed(), 4u);
   EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b/c/d.jpg")));
 }

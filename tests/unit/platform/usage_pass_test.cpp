@@ -216,12 +216,12 @@ TEST_F(UsagePassTest, VeryDeepTreesTakeFewDescriptors) {
   }
   ::close(::openat(folder, "a.jpg", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
   ::close(folder);
-  const auto before = openDescriptors();
+  const auto before = testing::openDescriptors();
   std::size_t most = 0, looks = 0;
   auto deep = pass();
   EXPECT_EQ(deep.run(all,
                      [&] {
-                       if (++looks % 100 == 0) most = std::max(most, openDescriptors());
+                       if (++looks % 100 == 0) most = std::max(most, testing::openDescriptors());
                        return false;
                      }),
             UsagePass::Came::toTheEnd);

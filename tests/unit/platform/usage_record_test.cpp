@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "unit/platform/names_of.h"
+
 namespace vantile {
 namespace {
 
@@ -14,16 +16,13 @@ struct UsageRecordTest : ::testing::Test {
     index.setFolders(UsageIndex::root, "a\0b\0"s);
     const auto a = index.first(UsageIndex::root);
     index.setFolders(a, "deep\0"s);
-    FolderContents contents;
-    contents.blocks = {1, 2, 3, 4};
-    contents.linked = {{99, 8, UsageKind::movies}};
-    contents.files = "film.mkv\0"s;
-    index.setContents(index.first(a), 11, contents);
-    index.setContents(a, 12, {});
-    index.setContents(UsageIndex::root, 13, {});
+    const FolderSums sums{{1, 2, 3, 4}, {{99, 8, UsageKind::movies}}};
+    index.setContents(index.first(a), 11, sums, NameList("film.mkv\0"s));
+    index.setContents(a, 12, {}, {});
+    index.setContents(UsageIndex::root, 13, {}, {});
   }
 
-  std::string written(bool complete = true) const {
+  std::string written(bool complete = true) {
     std::string body;
     const auto head = writeUsageRecord(volume, complete, index, [&body](std::string_view piece) {
       body.append(piece);
@@ -31,16 +30,30 @@ struct UsageRecordTest : ::testing::Test {
     });
     return head.value() + body;
   }
+  /// The text with the checksum, FNV-1a, of what stands behind the head.
+  static std::string sealed(std::string text) {
+    std::uint64_t sum = 0xcbf29ce484222325;
+    for (const char byte : std::string_view(text).substr(usageRecordHead))
+      sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+    for (std::size_t at = 0; at < 8; ++at)
+      text[usageRecordHead - 8 + at] = static_cast<char>(sum >> (8 * at));
+    return text;
+  }
   /// The record in the text, which comes in pieces of that size.
-  static std::optional<UsageRecord> read(std::string_view text, const UsageVolume& of,
+  static std::optional<UsageRecord> read(const std::string& text, const UsageVolume& of,
                                          std::size_t pieceSize = 7) {
-    auto left = text;
+    std::string_view left = text;
     const UsageRecordSource source = [&] {
       const auto piece = left.substr(0, pieceSize);
       left.remove_prefix(piece.size());
       return piece;
     };
-    return readUsageRecord(source, text.size(), of);
+    auto record = readUsageRecord(source, text.size(), of);
+    if (record)
+      record->index.setKept([text](std::uint64_t fromEnd, char* to, std::size_t size) {
+        return text.copy(to, size, text.size() - static_cast<std::size_t>(fromEnd)) == size;
+      });
+    return record;
   }
 
   const UsageVolume volume{
@@ -61,7 +74,7 @@ TEST_F(UsageRecordTest, WhatIsWrittenIsReadBack) {
   EXPECT_EQ(read.name(read.next(a)), "b");
   EXPECT_EQ(read.stamp(read.next(a)), 0u);
   EXPECT_EQ(read.name(read.first(a)), "deep");
-  EXPECT_EQ(read.files(read.first(a)), "film.mkv\0"s);
+  EXPECT_EQ(testing::namesOf(read, read.first(a)), "film.mkv\0"s);
   EXPECT_EQ(read.stamp(read.first(a)), 11u);
 }
 
@@ -78,10 +91,10 @@ TEST_F(UsageRecordTest, ItComesInPiecesOfAnySize) {
 }
 
 TEST_F(UsageRecordTest, ALargeFolderIsHandedOnInSmallPieces) {
-  FolderContents large;
+  std::string large;
   for (int file = 0; file < 50000; ++file)
-    large.files.append("IMG_" + std::to_string(file)).push_back('\0');
-  index.setContents(index.first(UsageIndex::root), 12, large);
+    large.append("IMG_" + std::to_string(file)).push_back('\0');
+  index.setContents(index.first(UsageIndex::root), 12, {}, NameList(large));
   std::size_t pieces = 0, longest = 0;
   const auto count = [&](std::string_view piece) {
     ++pieces;
@@ -93,13 +106,13 @@ TEST_F(UsageRecordTest, ALargeFolderIsHandedOnInSmallPieces) {
   EXPECT_GE(pieces, 7u);
   const auto record = read(written(), volume, 1000);
   ASSERT_TRUE(record);
-  EXPECT_EQ(record->index.files(record->index.first(UsageIndex::root)), large.files);
+  EXPECT_EQ(testing::namesOf(record->index, record->index.first(UsageIndex::root)), large);
 }
 
 TEST_F(UsageRecordTest, ASinkThatWantsNoMoreEndsIt) {
-  FolderContents large;
-  large.files = std::string(300000, 'x') + '\0';
-  index.setContents(UsageIndex::root, 13, large);
+  NameList large;
+  for (int file = 0; file < 3000; ++file) large.append(std::string(100, 'x'));
+  index.setContents(UsageIndex::root, 13, {}, std::move(large));
   int pieces = 0;
   EXPECT_FALSE(
       writeUsageRecord(volume, true, index, [&pieces](std::string_view) { return ++pieces < 2; }));
@@ -115,6 +128,45 @@ TEST_F(UsageRecordTest, ALengthBeyondTheRecordTakesNoMemory) {
   whole.replace(at, 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F");
   ASSERT_GT(whole.size(), before);
   EXPECT_FALSE(read(whole, volume));
+}
+
+TEST_F(UsageRecordTest, NamesOfAnotherLengthThanIsSaidAreNone) {
+  const auto whole = written();
+  EXPECT_TRUE(read(sealed(whole), volume));
+  EXPECT_FALSE(read(sealed(whole + "x\0"s), volume));
+  EXPECT_FALSE(read(sealed(whole.substr(0, whole.size() - 9)), volume));
+}
+
+TEST_F(UsageRecordTest, AFolderWhoseNamesCantBeReadIsToBeListedAndLosesNothingElse) {
+  const auto whole = written();
+  auto record = read(whole, volume);
+  auto& taken = record->index;
+  bool reads = false;
+  taken.setKept([&](std::uint64_t fromEnd, char* to, std::size_t size) {
+    return reads && whole.copy(to, size, whole.size() - static_cast<std::size_t>(fromEnd)) == size;
+  });
+  const auto other = taken.next(taken.first(UsageIndex::root));
+  taken.setContents(other, 21, {}, NameList("held\0"s));
+  const auto sink = [](std::string_view) { return true; };
+  EXPECT_FALSE(writeUsageRecord(volume, true, taken, sink));
+  const auto deep = taken.first(taken.first(UsageIndex::root));
+  EXPECT_EQ(taken.stamp(deep), 0u);
+  EXPECT_EQ(taken.namesSize(deep), 0u);
+  EXPECT_EQ(taken.blocks(), index.blocks());
+  EXPECT_EQ(taken.stamp(other), 21u);
+  EXPECT_EQ(testing::namesOf(taken, other), "held\0"s);
+  EXPECT_TRUE(writeUsageRecord(volume, true, taken, sink));
+}
+
+TEST_F(UsageRecordTest, WhatWasTakenUpIsWrittenAgain) {
+  const auto whole = written();
+  auto record = read(whole, volume);
+  std::string body;
+  const auto head = writeUsageRecord(volume, true, record->index, [&body](std::string_view piece) {
+    body.append(piece);
+    return true;
+  });
+  EXPECT_EQ(head.value() + body, whole);
 }
 
 TEST_F(UsageRecordTest, AnInterruptedPassIsKnownAsOne) {
@@ -133,7 +185,7 @@ TEST_F(UsageRecordTest, AnyDamageIsNoticed) {
 }
 
 TEST_F(UsageRecordTest, WhatWasCountedByFormerRulesIsNone) {
-  for (const auto* const former : {"vantile usage 1\n", "vantile usage 2\n"})
+  for (const auto* const former : {"vantile usage 1\n", "vantile usage 2\n", "vantile usage 3\n"})
     EXPECT_FALSE(read(former + written().substr(16), volume));
 }
 

@@ -42,6 +42,7 @@ struct UsageAccounting::Volume {
   bool isToKeep = false;            // as a pass ended, which was stopped
   bool hasMissed = false;           // something, in the first pass
   bool isClosed = false;            // as the latest pass found
+  std::size_t held = 0;             // bytes of names in memory when it was kept
   Clock::time_point due = Clock::time_point::min(), kept, restsUntil;
 };
 
@@ -171,6 +172,7 @@ void UsageAccounting::takeUp(Volume& volume, const IsStopped& isStopped) {
   volume.record = UsageRecord();
   volume.isChanged = volume.isToKeep = volume.isUnsure = false;
   volume.hasMissed = volume.isClosed = false;
+  volume.held = 0;
   volume.kept = means_.now();
   volume.due = means_.now() + means_.pace.period;
   std::optional<UsageRecord> record;
@@ -226,13 +228,19 @@ std::chrono::nanoseconds UsageAccounting::go(Volume& volume, const IsStopped& is
     // What can't be read the second time either is left out: a damaged folder, say.
     if (!hasMissed || std::exchange(volume.hasMissed, true)) volume.record.complete = true;
     keep(volume, isStopped);
-  } else if (isFirst && means_.now() - volume.kept >= pace.checkpoint) {
+  } else if ((isFirst && means_.now() - volume.kept >= pace.checkpoint) || holdsMany(volume)) {
     keep(volume, isStopped);
   }
   if (came == Came::stopped) return atOnce;
   if (isFirst) return came == Came::some && volume.mountPoint != "/" ? pace.release : atOnce;
   const auto rest = (means_.processorTime() - begin) * pace.restFactor;
   return std::max<std::chrono::nanoseconds>(rest, pace.leastRest);
+}
+
+bool UsageAccounting::holdsMany(const Volume& volume) const {
+  const auto& index = volume.record.index;
+  return index.heldSize() >=
+         volume.held + std::max<std::uint64_t>(means_.pace.mostHeld, index.keptSize() / 4);
 }
 
 void UsageAccounting::keepSmall() {
@@ -248,6 +256,7 @@ void UsageAccounting::keep(Volume& volume, const IsStopped& isStopped) {
     return;
   volume.isChanged = volume.isToKeep = false;
   volume.kept = means_.now();
+  volume.held = volume.record.index.heldSize();  // all where it could not be kept
 }
 
 std::map<std::string, UsageSums, std::less<>> UsageAccounting::figures() const {

@@ -27,6 +27,9 @@ struct UsagePace {
   std::chrono::nanoseconds period = std::chrono::minutes(10);
   /// From one record of a first pass to the next.
   std::chrono::nanoseconds checkpoint = std::chrono::minutes(1);
+  /// So many bytes of new names of files are kept on the disk rather than in memory, or a quarter
+  /// of those that are kept already where that is more.
+  std::size_t mostHeld = 1u << 18;
   /// Files and folders of a first pass in one go, at most.
   std::size_t firstBatch = 65536;
   /// How long something is held open on a volume in one go, about, for as long as it can't be
@@ -100,6 +103,7 @@ class UsageAccounting {
   void setAside(Volume& volume, std::string_view error);
   void keep(Volume& volume, const IsStopped& isStopped);
   std::optional<std::chrono::nanoseconds> work(Volume& volume, const IsStopped& isStopped);
+  bool holdsMany(const Volume& volume) const;
   std::chrono::nanoseconds go(Volume& volume, const IsStopped& isStopped);
   void begin(Volume& volume);
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -32,6 +33,23 @@ bool writeAll(int file, std::string_view text) {
   return true;
 }
 
+/// The names of a record's index, with which the record ends.
+UsageIndex::ReadKept namesIn(std::shared_ptr<const Descriptor> record) {
+  struct stat status = {};
+  const off_t end = ::fstat(record->get(), &status) == 0 ? status.st_size : 0;
+  return [record = std::move(record), end](std::uint64_t fromEnd, char* to, std::size_t size) {
+    for (auto at = end - static_cast<off_t>(fromEnd); size > 0;) {
+      const auto count = ::pread(record->get(), to, size, at);
+      if (count < 0 && errno == EINTR) continue;
+      if (count <= 0) return false;
+      to += count;
+      at += count;
+      size -= static_cast<std::size_t>(count);
+    }
+    return true;
+  };
+}
+
 /// Removes what a process that ended while it wrote left of the record called `name`.
 void removeLeftOvers(const std::string& folder, const std::string& name) {
   constexpr std::int64_t day = 86400;
@@ -53,9 +71,11 @@ UsageCache::Came UsageCache::take(const UsageVolume& volume, std::optional<Usage
                                   const IsStopped& isStopped) const {
   constexpr std::size_t pieceSize = 65536;
   const auto path = pathOf(volume);
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  const auto file = std::make_shared<const Descriptor>(
+      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
   struct stat status = {};
-  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return Came::toTheEnd;
+  if (!*file || ::fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode))
+    return Came::toTheEnd;
   bool stopped = false;
   std::string piece(pieceSize, '\0');
   const UsageRecordSource source = [&]() -> std::string_view {
@@ -63,7 +83,7 @@ UsageCache::Came UsageCache::take(const UsageVolume& volume, std::optional<Usage
     if (stopped) return {};
     ssize_t count = 0;
     do {
-      count = ::read(file.get(), piece.data(), piece.size());
+      count = ::read(file->get(), piece.data(), piece.size());
     } while (count < 0 && errno == EINTR);
     return count > 0 ? std::string_view(piece).substr(0, static_cast<std::size_t>(count))
                      : std::string_view();
@@ -76,11 +96,13 @@ UsageCache::Came UsageCache::take(const UsageVolume& volume, std::optional<Usage
   if (!record) {
     logLine("usage by category: " + path + " is damaged or another volume's, and begun anew");
     ::unlink(path.c_str());
+  } else {
+    record->index.setKept(namesIn(file));
   }
   return Came::toTheEnd;
 }
 
-UsageCache::Came UsageCache::keep(const UsageVolume& volume, bool complete, const UsageIndex& index,
+UsageCache::Came UsageCache::keep(const UsageVolume& volume, bool complete, UsageIndex& index,
                                   const IsStopped& isStopped) {
   const int error = write(volume, complete, index, isStopped);
   if (error == ECANCELED) return Came::stopped;
@@ -89,29 +111,34 @@ UsageCache::Came UsageCache::keep(const UsageVolume& volume, bool complete, cons
   return Came::toTheEnd;
 }
 
-int UsageCache::write(const UsageVolume& volume, bool complete, const UsageIndex& index,
+int UsageCache::write(const UsageVolume& volume, bool complete, UsageIndex& index,
                       const IsStopped& isStopped) const {
   makeForUserAlone(folder_);
   removeLeftOvers(folder_, usageRecordName(volume));
   const auto path = pathOf(volume);
   auto temporary = path + ".XXXXXX";
-  const Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
-  if (!file) return errno;
+  const auto file = std::make_shared<const Descriptor>(::mkostemp(temporary.data(), O_CLOEXEC));
+  if (!*file) return errno;
   int error = 0;
   const auto sink = [&](std::string_view piece) {
     if (isStopped()) {
       error = ECANCELED;
-    } else if (!writeAll(file.get(), piece)) {
+    } else if (!writeAll(file->get(), piece)) {
       error = errno;
     }
     return error == 0;
   };
   sink(std::string(usageRecordHead, '\0'));
   const auto head = error == 0 ? writeUsageRecord(volume, complete, index, sink) : std::nullopt;
-  if (head && ::lseek(file.get(), 0, SEEK_SET) != 0) error = errno;
+  if (error == 0 && !head) error = EIO;  // names could not be read
+  if (head && ::lseek(file->get(), 0, SEEK_SET) != 0) error = errno;
   if (head && error == 0) sink(*head);
   if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
-  if (error != 0) ::unlink(temporary.c_str());
+  if (error != 0) {
+    ::unlink(temporary.c_str());
+  } else {
+    index.setKept(namesIn(file));
+  }
   return error;
 }
 

@@ -10,7 +10,8 @@
 namespace vantile {
 
 /// The records of volumes in a folder of the user's caches, which other processes of the user may
-/// share: a record is there as a whole, the last one written. Not synchronised.
+/// share: a record is there as a whole, the last one written. An index that was kept or taken up
+/// reads names from its record, which it holds open, replaced or not. Not synchronised.
 class UsageCache {
  public:
   /// Records stand in `folder`, which is made when the first one is kept.
@@ -25,15 +26,15 @@ class UsageCache {
   Came take(const UsageVolume& volume, std::optional<UsageRecord>& record,
             const IsStopped& isStopped) const;
 
-  /// Replaces the volume's record. Where that is stopped, the one before stays. The first time that
-  /// it fails there is a log line.
-  Came keep(const UsageVolume& volume, bool complete, const UsageIndex& index,
+  /// Replaces the volume's record, upon which the index needs its names no longer in memory. Where
+  /// that is stopped, the one before stays. The first time that it fails there is a log line.
+  Came keep(const UsageVolume& volume, bool complete, UsageIndex& index,
             const IsStopped& isStopped);
 
  private:
   std::string pathOf(const UsageVolume& volume) const;
   /// 0, or what went wrong; ECANCELED where it was stopped.
-  int write(const UsageVolume& volume, bool complete, const UsageIndex& index,
+  int write(const UsageVolume& volume, bool complete, UsageIndex& index,
             const IsStopped& isStopped) const;
 
   const std::string folder_;

@@ -134,7 +134,7 @@ void UsagePass::enter() {
                               AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, folderMask);
   if (there && S_ISDIR(there->stx_mode) && isHere(*there)) {
     const bool stands = index_.stamp(level.number) == stampOf(*there);
-    const bool hasNothingToAsk = !means_.asksAgain || index_.files(level.number).empty();
+    const bool hasNothingToAsk = !means_.asksAgain || index_.namesSize(level.number) == 0;
     if (stands && hasNothingToAsk && index_.first(level.number) == UsageIndex::none) {
       around.next = next;
       return;
@@ -170,11 +170,7 @@ void UsagePass::startCounting(Level& level, const struct statx& status) {
     ++listed_;
     counting_.how = How::listing;
     counting_.stamp = showsChanges(status, means_.presentSecond()) ? stamp : 0;
-    // Many names are not to be there twice. What they came to stays until they are counted anew.
-    constexpr std::size_t many = 1u << 20;
-    if (index_.files(level.number).size() > many)
-      index_.setContents(level.number, 0, index_.sums(level.number), NameList());
-  } else if (means_.asksAgain && !index_.files(level.number).empty()) {
+  } else if (means_.asksAgain && index_.namesSize(level.number) > 0) {
     counting_.how = How::asking;
   } else {
     level.next = index_.first(level.number);
@@ -223,18 +219,32 @@ void UsagePass::take(const Level& level, const FolderEntry& entry) {
 
 /// Counts anew what was counted in the folder before.
 bool UsagePass::ask(const Level& level) {
-  const auto names = index_.files(level.number);
-  while (counting_.name < names.size()) {
-    const char* const name = names.data() + counting_.name;  // a NUL follows each
-    counting_.name += std::strlen(name) + 1;
-    if (const auto kind = kindOf(level, name)) add(level, name, *kind);
-    if (isCut()) return false;
+  while (readNames(level)) {
+    while (counting_.name < counting_.names.size()) {
+      const char* const name = counting_.names.data() + counting_.name;  // a NUL follows each
+      counting_.name += std::strlen(name) + 1;
+      if (const auto kind = kindOf(level, name)) add(level, name, *kind);
+      if (isCut()) return false;
+    }
   }
   if (counting_.isUnsure) {
     index_.setStamp(level.number, 0);  // with what was known before
   } else if (counting_.sums != index_.sums(level.number)) {
     index_.setSums(level.number, counting_.sums);
   }
+  return true;
+}
+
+/// Whether there are names left to ask. Where they can't be had the folder is to be listed again.
+bool UsagePass::readNames(const Level& level) {
+  if (counting_.name < counting_.names.size()) return true;
+  counting_.name = 0;
+  if (counting_.read == index_.namesSize(level.number)) return false;
+  if (!index_.readNames(level.number, counting_.read, counting_.names)) {
+    counting_.isUnsure = true;
+    return false;
+  }
+  counting_.read += counting_.names.size();
   return true;
 }
 

@@ -76,10 +76,12 @@ class UsagePass {
   struct Counting {
     enum class How : std::uint8_t { nothing, listing, asking } how = How::nothing;
     std::uint64_t stamp = 0;
-    std::size_t entry = 0;  // of the batch, the next one
-    long place = 0;         // in the folder, behind the batch
-    std::size_t name = 0;   // where the next one stands in the list of those to ask
-    bool isUnsure = false;  // whether that was all
+    std::size_t entry = 0;   // of the batch, the next one
+    long place = 0;          // in the folder, behind the batch
+    std::uint64_t read = 0;  // of the list of names to ask, in bytes
+    std::string names;       // of these, the last ones
+    std::size_t name = 0;    // where the next one of those stands
+    bool isUnsure = false;   // whether that was all
     FolderSums sums;
     NameList files;
     std::string folders;
@@ -94,6 +96,7 @@ class UsagePass {
   bool count();
   bool list(const Level& level);
   bool ask(const Level& level);
+  bool readNames(const Level& level);
   void take(const Level& level, const FolderEntry& entry);
   bool add(const Level& level, const char* name, UsageKind kind);
   bool isCut();

@@ -9,33 +9,6 @@ namespace {
 constexpr std::uint64_t mostBlocks = std::uint64_t{1} << 54;  // 2^63 bytes
 constexpr unsigned kindBits = 2;
 
-/// The numbers of a text, its names left.
-std::optional<FolderSums> numbersIn(std::string_view& text) {
-  FolderSums sums;
-  for (auto& blocks : sums.blocks) {
-    const auto number = takePacked(text);
-    if (!number) return std::nullopt;
-    blocks = *number;
-  }
-  const auto count = takePacked(text);
-  if (!count) return std::nullopt;
-  for (std::uint64_t left = *count; left > 0; --left) {
-    const auto inode = takePacked(text);
-    const auto rest = inode ? takePacked(text) : std::nullopt;
-    if (!rest) return std::nullopt;
-    sums.linked.push_back(
-        {*inode, *rest >> kindBits, static_cast<UsageKind>(*rest & ((1u << kindBits) - 1))});
-  }
-  return sums;
-}
-
-bool areNames(std::string_view text) {
-  if (!text.empty() && text.back() != '\0') return false;
-  bool areAll = true;
-  forEachName(text, [&areAll](std::string_view name) { areAll &= isEntryName(name); });
-  return areAll;
-}
-
 }  // namespace
 
 void appendPacked(std::string& text, std::uint64_t number) {
@@ -57,7 +30,9 @@ std::optional<std::uint64_t> takePacked(std::string_view& text) {
   return std::nullopt;
 }
 
-void appendPacked(std::string& text, const FolderSums& sums) {
+void appendPacked(std::string& text, const PackedContents& contents) {
+  const auto& [sums, namesSize] = contents;
+  if (contents == PackedContents()) return;
   for (const auto blocks : sums.blocks) appendPacked(text, blocks);
   appendPacked(text, sums.linked.size());
   for (const auto& file : sums.linked) {
@@ -65,30 +40,42 @@ void appendPacked(std::string& text, const FolderSums& sums) {
     appendPacked(text, std::min(file.blocks, mostBlocks) << kindBits |
                            static_cast<std::uint64_t>(file.kind));
   }
+  appendPacked(text, namesSize);
 }
 
-std::optional<FolderContents> contentsIn(std::string_view text) {
-  if (text.empty()) return FolderContents();
-  auto sums = numbersIn(text);
-  if (!sums || !areNames(text)) return std::nullopt;
-  return FolderContents{std::move(*sums), std::string(text)};
-}
-
-bool isPackedContents(std::string_view text) {
-  return text.empty() || (numbersIn(text) && areNames(text));
-}
-
-FolderSums sumsIn(std::string_view text) {
-  return text.empty() ? FolderSums() : numbersIn(text).value_or(FolderSums());
-}
-
-std::string_view filesIn(std::string_view text) {
-  return text.empty() || !numbersIn(text) ? std::string_view() : text;
+std::optional<PackedContents> takeContents(std::string_view& text) {
+  PackedContents contents;
+  if (text.empty()) return contents;
+  for (auto& blocks : contents.sums.blocks) {
+    const auto number = takePacked(text);
+    if (!number) return std::nullopt;
+    blocks = *number;
+  }
+  const auto count = takePacked(text);
+  if (!count) return std::nullopt;
+  for (std::uint64_t left = *count; left > 0; --left) {
+    const auto inode = takePacked(text);
+    const auto rest = inode ? takePacked(text) : std::nullopt;
+    if (!rest) return std::nullopt;
+    contents.sums.linked.push_back(
+        {*inode, *rest >> kindBits, static_cast<UsageKind>(*rest & ((1u << kindBits) - 1))});
+  }
+  const auto namesSize = takePacked(text);
+  if (!namesSize) return std::nullopt;
+  contents.namesSize = *namesSize;
+  return contents;
 }
 
 bool isEntryName(std::string_view name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == name.npos &&
          name.find('\0') == name.npos;
+}
+
+bool areEntryNames(std::string_view names) {
+  if (!names.empty() && names.back() != '\0') return false;
+  bool areAll = true;
+  forEachName(names, [&areAll](std::string_view name) { areAll &= isEntryName(name); });
+  return areAll;
 }
 
 }  // namespace vantile

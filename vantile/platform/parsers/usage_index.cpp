@@ -8,97 +8,78 @@
 namespace vantile {
 namespace {
 
-/// What stands behind the name.
-std::string_view contentsPart(std::string_view packed) {
-  const auto end = packed.find('\0');
-  return end == packed.npos ? std::string_view() : packed.substr(end + 1);
-}
-
-std::string withEnd(std::string_view name) {
-  std::string packed;
-  packed.reserve(name.size() + 1);
-  packed.append(name).push_back('\0');
-  return packed;
-}
-
-/// Behind what was written.
-char* write(std::string_view text, char* to) {
-  return to + text.copy(to, text.size());
-}
+/// Of names that are read in one go.
+constexpr std::uint64_t pieceSize = 65536;
 
 }  // namespace
 
-void NameList::append(std::string_view name) {
-  constexpr std::size_t pieceSize = 65536;
-  if (pieces_.empty() || pieces_.back().size() + name.size() >= pieceSize) {
-    const bool areMany = !pieces_.empty();
-    pieces_.emplace_back();
-    if (areMany) pieces_.back().reserve(pieceSize);
-  }
-  pieces_.back().append(name).push_back('\0');
-  size_ += name.size() + 1;
-}
-
-void NameList::add(std::string piece) {
-  size_ += piece.size();
-  pieces_.push_back(std::move(piece));
-}
-
-void NameList::moveTo(char* text) {
-  for (auto& piece : pieces_) text = write(std::exchange(piece, std::string()), text);
-  clear();
-}
-
-void NameList::clear() {
-  pieces_.clear();
-  size_ = 0;
-}
+/// What stands behind a folder's name and the NUL.
+struct UsageIndex::Contents : PackedContents {
+  std::uint64_t namesAt = 0;  // in the list of all names
+};
 
 std::string_view UsageIndex::name(Number folder) const {
-  const auto text = packed(folder);
+  const auto text = folders_[folder].packed.view();
   return text.substr(0, text.find('\0'));
 }
 
-FolderContents UsageIndex::contents(Number folder) const {
-  return contentsIn(contentsPart(packed(folder))).value_or(FolderContents());
+UsageIndex::Contents UsageIndex::contents(Number folder) const {
+  auto text = folders_[folder].packed.view();
+  text.remove_prefix(text.find('\0') + 1);
+  Contents contents;
+  static_cast<PackedContents&>(contents) = takeContents(text).value_or(PackedContents());
+  if (contents.namesSize > 0) contents.namesAt = takePacked(text).value_or(0);
+  return contents;
+}
+
+void UsageIndex::put(Number folder, std::string_view name, const Contents& contents) {
+  std::string packed;
+  packed.append(name).push_back('\0');
+  appendPacked(packed, static_cast<const PackedContents&>(contents));
+  if (contents.namesSize > 0) appendPacked(packed, contents.namesAt);
+  folders_[folder].packed = CompactText(packed);
 }
 
 FolderSums UsageIndex::sums(Number folder) const {
-  return sumsIn(contentsPart(packed(folder)));
+  return contents(folder).sums;
 }
 
-std::string_view UsageIndex::files(Number folder) const {
-  return filesIn(contentsPart(packed(folder)));
+std::uint64_t UsageIndex::namesSize(Number folder) const {
+  return contents(folder).namesSize;
 }
 
-void UsageIndex::setContents(Number folder, std::uint64_t stamp, const FolderContents& contents) {
-  setContents(folder, stamp, contents, NameList(contents.files));
+bool UsageIndex::readNames(Number folder, std::uint64_t from, std::string& names) const {
+  names.clear();
+  const auto contents = this->contents(folder);
+  if (from >= contents.namesSize) return false;
+  names.resize(static_cast<std::size_t>(std::min(pieceSize, contents.namesSize - from)));
+  const auto at = contents.namesAt + from;
+  if (at >= keptSize_) {
+    held_.copy(static_cast<std::size_t>(at - keptSize_), names.data(), names.size());
+  } else if (!readKept_ || !readKept_(keptSize_ - at, names.data(), names.size())) {
+    return false;
+  }
+  names.resize(names.rfind('\0') + 1);
+  return !names.empty() && areEntryNames(names);
 }
 
 void UsageIndex::setContents(Number folder, std::uint64_t stamp, const FolderSums& sums,
-                             NameList files) {
-  Folder& changed = folders_[folder];
-  drop(this->sums(folder));
-  auto begin = withEnd(name(folder));
-  if (files.size() > 0 || sums != FolderSums()) appendPacked(begin, sums);
-  changed.packed = CompactText();  // first: there may be many names
-  changed.packed = CompactText(begin.size() + files.size());
-  files.moveTo(write(begin, changed.packed.data()));
-  changed.stamp = stamp;
-  // As it is kept: what is dropped one day has to be what was taken.
-  take(this->sums(folder));
+                             NameList names) {
+  drop(folder);
+  dropNames(folder);
+  if (dead_ > std::max<std::size_t>(pieceSize, held_.size() / 2)) gather();
+  put(folder, name(folder), {{sums, names.size()}, keptSize_ + held_.size()});
+  held_.take(std::move(names));
+  folders_[folder].stamp = stamp;
+  take(folder);
 }
 
 void UsageIndex::setSums(Number folder, const FolderSums& sums) {
-  drop(this->sums(folder));
-  std::string numbers;
-  appendPacked(numbers, sums);
-  const auto begin = withEnd(name(folder));
-  const auto names = files(folder);
-  CompactText packed(begin.size() + numbers.size() + names.size());
-  write(names, write(numbers, write(begin, packed.data())));
-  folders_[folder].packed = std::move(packed);
-  take(this->sums(folder));
+  drop(folder);
+  auto contents = this->contents(folder);
+  contents.sums = sums;
+  put(folder, name(folder), contents);
+  take(folder);
 }
 
 void UsageIndex::setFolders(Number folder, std::string_view names) {
@@ -111,7 +92,7 @@ void UsageIndex::setFolders(Number folder, std::string_view names) {
   folders_[folder].first = none;
   forEachName(names, [&](std::string_view each) {
     const auto known = before.extract(each);
-    const auto number = known ? known.mapped() : make(CompactText(withEnd(each)));
+    const auto number = known ? known.mapped() : make(each);
     (last == none ? folders_[folder].first : folders_[last].next) = number;
     last = number;
   });
@@ -120,30 +101,89 @@ void UsageIndex::setFolders(Number folder, std::string_view names) {
 }
 
 void UsageIndex::clear(Number folder) {
-  if (stamp(folder) == 0 && first(folder) == none && contentsPart(packed(folder)).empty()) return;
+  if (stamp(folder) == 0 && first(folder) == none && contents(folder) == PackedContents()) return;
   setFolders(folder, {});
-  setContents(folder, 0, {});
+  setContents(folder, 0, {}, NameList());
+}
+
+std::string UsageIndex::packed(Number folder) const {
+  std::string packed(name(folder));
+  packed.push_back('\0');
+  appendPacked(packed, static_cast<const PackedContents&>(contents(folder)));
+  return packed;
 }
 
 UsageIndex::Number UsageIndex::addPacked(Number parent, Number previous, std::uint64_t stamp,
                                          std::string_view packed) {
+  constexpr std::uint64_t mostNames = std::uint64_t{1} << 56;
   const auto end = packed.find('\0');
   const bool isRoot = parent == none;
-  if (end == packed.npos || isRoot == isEntryName(packed.substr(0, end)) ||
-      !isPackedContents(contentsPart(packed)))
-    return none;
+  const auto name = packed.substr(0, end);
+  if (end == packed.npos || isRoot == isEntryName(name)) return none;
+  packed.remove_prefix(end + 1);
+  const auto counted = takeContents(packed);
+  if (!counted || !packed.empty() || counted->namesSize > mostNames - keptSize_) return none;
+  const auto number = isRoot ? root : make(name);
   if (isRoot) {
-    drop(this->sums(root));
-    folders_[root].packed = CompactText(packed);
+    drop(root);
+  } else {
+    (previous == none ? folders_[parent].first : folders_[previous].next) = number;
   }
-  const auto number = isRoot ? root : make(CompactText(packed));
-  if (!isRoot) (previous == none ? folders_[parent].first : folders_[previous].next) = number;
+  put(number, name, {*counted, keptSize_});
+  keptSize_ += counted->namesSize;
   folders_[number].stamp = stamp;
-  take(sums(number));
+  take(number);
   return number;
 }
 
-UsageIndex::Number UsageIndex::make(CompactText packed) {
+void UsageIndex::setKept(ReadKept read) {
+  std::uint64_t size = 0;
+  forEachFolder([&](Number folder) {
+    auto contents = this->contents(folder);
+    if (contents.namesSize == 0) return true;
+    contents.namesAt = size;
+    size += contents.namesSize;
+    put(folder, name(folder), contents);
+    return true;
+  });
+  readKept_ = std::move(read);
+  keptSize_ = size;
+  held_ = NameList();
+  dead_ = 0;
+}
+
+/// Leaves the folder without names.
+void UsageIndex::dropNames(Number folder) {
+  auto contents = this->contents(folder);
+  if (contents.namesSize == 0) return;
+  if (contents.namesAt >= keptSize_) dead_ += static_cast<std::size_t>(contents.namesSize);
+  contents.namesSize = 0;
+  put(folder, name(folder), contents);
+}
+
+/// Leaves the names in memory that a folder has.
+void UsageIndex::gather() {
+  NameList held;
+  std::string names;
+  forEachFolder([&](Number folder) {
+    auto contents = this->contents(folder);
+    if (contents.namesSize == 0 || contents.namesAt < keptSize_) return true;
+    const auto at = static_cast<std::size_t>(contents.namesAt - keptSize_);
+    const auto size = static_cast<std::size_t>(contents.namesSize);
+    contents.namesAt = keptSize_ + held.size();
+    for (std::size_t from = 0; from < size; from += names.size()) {
+      names.resize(std::min<std::size_t>(pieceSize, size - from));
+      held_.copy(at + from, names.data(), names.size());
+      held.add(names);
+    }
+    put(folder, name(folder), contents);
+    return true;
+  });
+  held_ = std::move(held);
+  dead_ = 0;
+}
+
+UsageIndex::Number UsageIndex::make(std::string_view name) {
   auto number = static_cast<Number>(folders_.size());
   if (free_.empty()) {
     folders_.emplace_back();
@@ -151,7 +191,7 @@ UsageIndex::Number UsageIndex::make(CompactText packed) {
     number = free_.back();
     free_.pop_back();
   }
-  folders_[number].packed = std::move(packed);
+  put(number, name, {});
   return number;
 }
 
@@ -162,14 +202,17 @@ void UsageIndex::release(Number folder) {
     const auto number = going.back();
     going.pop_back();
     for (auto at = first(number); at != none; at = next(at)) going.push_back(at);
-    drop(sums(number));
+    drop(number);
+    dropNames(number);
     Folder gone;
     std::swap(folders_[number], gone);  // with its memory
     free_.push_back(number);
   }
 }
 
-void UsageIndex::take(const FolderSums& sums) {
+/// Counts what is in the folder, as it is packed: what is dropped one day has to be what was taken.
+void UsageIndex::take(Number folder) {
+  const auto sums = this->sums(folder);
   for (std::size_t kind = 0; kind < usageKinds; ++kind) total_[kind] += sums.blocks[kind];
   for (const auto& file : sums.linked)
     change(file, [&file](Names& names) {
@@ -178,7 +221,8 @@ void UsageIndex::take(const FolderSums& sums) {
     });
 }
 
-void UsageIndex::drop(const FolderSums& sums) {
+void UsageIndex::drop(Number folder) {
+  const auto sums = this->sums(folder);
   for (std::size_t kind = 0; kind < usageKinds; ++kind) total_[kind] -= sums.blocks[kind];
   for (const auto& file : sums.linked)
     change(file, [&file](Names& names) { --names.known[static_cast<std::size_t>(file.kind)]; });

@@ -3,15 +3,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "vantile/platform/parsers/compact_text.h"
 #include "vantile/platform/parsers/name_kinds.h"
+#include "vantile/platform/parsers/name_list.h"
 
 namespace vantile {
 
@@ -30,45 +31,10 @@ struct FolderSums {
   friend bool operator==(const FolderSums&, const FolderSums&) = default;
 };
 
-struct FolderContents : FolderSums {
-  std::string files;  ///< names of all that were counted, each with its NUL
-  friend bool operator==(const FolderContents&, const FolderContents&) = default;
-};
-
-/// Calls `take` with each of the names in a list, each of which ends in a NUL.
-template <class Take>
-void forEachName(std::string_view names, Take take) {
-  while (!names.empty()) {
-    const auto name = names.substr(0, names.find('\0'));
-    take(name);
-    names.remove_prefix(name.size() < names.size() ? name.size() + 1 : name.size());
-  }
-}
-
-/// Names, each with its NUL, of however many files: a text that doubled each time that it is full
-/// would take three times their length.
-class NameList {
- public:
-  NameList() = default;
-  explicit NameList(std::string names) { add(std::move(names)); }
-
-  void append(std::string_view name);
-  /// In bytes.
-  std::size_t size() const { return size_; }
-  /// Writes all to `text`, which has room for them, and leaves none.
-  void moveTo(char* text);
-  void clear();
-
- private:
-  void add(std::string piece);
-
-  std::vector<std::string> pieces_;
-  std::size_t size_ = 0;
-};
-
-/// The folders of a volume and what was counted in them, packed: 32 bytes a folder and its name,
-/// names of counted files, a few bytes a sum. A file of several names counts once, by the kind of
-/// its names that goes before the others. Not synchronised.
+/// The folders of a volume and what was counted in them, packed: 32 bytes a folder, its name where
+/// that is long, a few bytes a sum. Names of counted files stand in memory only until they are kept
+/// elsewhere. A file of several names counts once, by the kind of its names that goes before the
+/// others. Not synchronised.
 class UsageIndex {
  public:
   using Number = std::uint32_t;
@@ -82,22 +48,21 @@ class UsageIndex {
   /// Folders there are, the root included.
   std::size_t size() const { return folders_.size() - free_.size(); }
 
-  // A folder's own. Texts are valid until it is changed.
+  /// Valid until the folder is changed.
   std::string_view name(Number folder) const;
-  FolderContents contents(Number folder) const;
-  /// The same without the names.
   FolderSums sums(Number folder) const;
-  /// Names of its counted files, each with its NUL.
-  std::string_view files(Number folder) const;
+  /// Of the list of its counted files' names, each with its NUL, in bytes.
+  std::uint64_t namesSize(Number folder) const;
+  /// Puts whole names of that list into `names`, from byte `from` on, up to 64 KiB of them. False
+  /// where there are none, or they can't be read.
+  bool readNames(Number folder, std::uint64_t from, std::string& names) const;
   /// By what it is seen to have changed, as of when it was listed; 0 where it is to be listed.
   std::uint64_t stamp(Number folder) const { return folders_[folder].stamp; }
   Number first(Number folder) const { return folders_[folder].first; }
   /// The next one in the folder around it.
   Number next(Number folder) const { return folders_[folder].next; }
 
-  void setContents(Number folder, std::uint64_t stamp, const FolderContents& contents);
-  /// The same of names that it takes, so that they are there once.
-  void setContents(Number folder, std::uint64_t stamp, const FolderSums& sums, NameList files);
+  void setContents(Number folder, std::uint64_t stamp, const FolderSums& sums, NameList names);
   /// What the files of those names come to now.
   void setSums(Number folder, const FolderSums& sums);
   void setStamp(Number folder, std::uint64_t stamp) { folders_[folder].stamp = stamp; }
@@ -106,11 +71,26 @@ class UsageIndex {
   /// Forgets what is in a folder, and that it was listed.
   void clear(Number folder);
 
-  /// A folder as it is kept: name, NUL, contents.
-  std::string_view packed(Number folder) const { return folders_[folder].packed.view(); }
+  /// Hands on all folders, each before what is in it, until one is refused.
+  template <class Take>
+  void forEachFolder(Take take) const;
+
+  /// A folder as it is kept: name, NUL, what was counted but for the names.
+  std::string packed(Number folder) const;
   /// Adds a folder as it was kept behind `previous`, or where that is none as the first one in
-  /// `parent`; `none` where it can't be read. The root replaces itself.
+  /// `parent`; `none` where it can't be read. The root replaces itself. Its names are kept behind
+  /// those of the folders added before.
   Number addPacked(Number parent, Number previous, std::uint64_t stamp, std::string_view packed);
+
+  /// Copies `size` bytes that begin so far before the end of what is kept; false where they can't
+  /// be read.
+  using ReadKept = std::function<bool(std::uint64_t fromEnd, char* to, std::size_t size)>;
+  /// The names of all folders are kept now, in the order of `forEachFolder`, and leave the memory.
+  void setKept(ReadKept read);
+  /// Of the names that are kept, in bytes.
+  std::uint64_t keptSize() const { return keptSize_; }
+  /// Of those that are in memory.
+  std::size_t heldSize() const { return held_.size(); }
 
  private:
   struct Folder {
@@ -124,10 +104,16 @@ class UsageIndex {
     std::array<std::uint32_t, usageKinds> known = {};
   };
 
-  Number make(CompactText packed);
+  struct Contents;
+
+  Contents contents(Number folder) const;
+  void put(Number folder, std::string_view name, const Contents& contents);
+  Number make(std::string_view name);
   void release(Number folder);
-  void take(const FolderSums& sums);
-  void drop(const FolderSums& sums);
+  void take(Number folder);
+  void drop(Number folder);
+  void dropNames(Number folder);
+  void gather();
   template <class Change>
   void change(const LinkedFile& file, Change change);
 
@@ -135,6 +121,23 @@ class UsageIndex {
   std::vector<Number> free_;
   std::unordered_map<std::uint64_t, Names> linked_;
   UsageSums total_ = {};
+  // One list of names: what is kept of it, and behind that what is in memory.
+  ReadKept readKept_;
+  std::uint64_t keptSize_ = 0;
+  NameList held_;
+  std::size_t dead_ = 0;  // bytes of those in memory that no folder has any more
 };
+
+template <class Take>
+void UsageIndex::forEachFolder(Take take) const {
+  std::vector<Number> ahead = {root};
+  while (!ahead.empty()) {
+    const auto folder = ahead.back();
+    ahead.pop_back();
+    if (!take(folder)) return;
+    if (folder != root && next(folder) != none) ahead.push_back(next(folder));
+    if (first(folder) != none) ahead.push_back(first(folder));
+  }
+}
 
 }  // namespace vantile

@@ -1,5 +1,6 @@
 #include "vantile/platform/parsers/usage_record.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -10,7 +11,7 @@ namespace vantile {
 namespace {
 
 // A change of what is written, or of what counts as what, needs a further number.
-constexpr std::string_view version = "vantile usage 3\n";
+constexpr std::string_view version = "vantile usage 4\n";
 
 /// A checksum against damage, FNV-1a.
 class Checksum {
@@ -45,14 +46,14 @@ std::string volumePart(const UsageVolume& volume) {
   return text;
 }
 
-/// What stands before a folder itself.
+/// A folder, without its names.
 std::string folderPart(const UsageIndex& index, UsageIndex::Number folder) {
   std::uint64_t below = 0;
   for (auto at = index.first(folder); at != UsageIndex::none; at = index.next(at)) ++below;
   std::string text;
   appendFixed(text, index.stamp(folder));
   appendPacked(text, below);
-  appendPacked(text, index.packed(folder).size());
+  appendText(text, index.packed(folder));
   return text;
 }
 
@@ -91,7 +92,7 @@ class Reader {
  public:
   Reader(const UsageRecordSource& source, std::uint64_t size) : source_(source), left_(size) {}
 
-  bool isAtEnd() const { return left_ == 0; }
+  std::uint64_t left() const { return left_; }
   std::uint64_t sum() const { return checksum_.sum(); }
   void beginSum() { checksum_ = Checksum(); }
 
@@ -100,15 +101,20 @@ class Reader {
     std::string taken;
     taken.reserve(static_cast<std::size_t>(size));
     while (taken.size() < size) {
-      if (piece_.empty()) piece_ = source_();
-      if (piece_.empty()) return std::nullopt;
-      const auto part = piece_.substr(0, static_cast<std::size_t>(size) - taken.size());
+      const auto part = some(size - taken.size());
+      if (part.empty()) return std::nullopt;
       taken.append(part);
-      checksum_.add(part);
-      piece_.remove_prefix(part.size());
-      left_ -= part.size();
     }
     return taken;
+  }
+  /// Some of what is next, up to `most` bytes; empty where no more comes.
+  std::string_view some(std::uint64_t most) {
+    if (piece_.empty()) piece_ = source_();
+    const auto part = piece_.substr(0, static_cast<std::size_t>(std::min(most, left_)));
+    checksum_.add(part);
+    piece_.remove_prefix(part.size());
+    left_ -= part.size();
+    return part;
   }
   std::optional<std::uint64_t> fixed() {
     const auto bytes = text(sizeof(std::uint64_t));
@@ -163,7 +169,43 @@ bool readFolders(Reader& reader, UsageIndex& index) {
     parent.last = number;
     around.push_back({number, UsageIndex::none, *below});
   }
-  return reader.isAtEnd();
+  return true;
+}
+
+/// To the end.
+bool readNames(Reader& reader, std::uint64_t size) {
+  if (reader.left() != size) return false;
+  while (reader.left() > 0)
+    if (reader.some(reader.left()).empty()) return false;
+  return true;
+}
+
+bool writeFolders(Writer& writer, const UsageIndex& index) {
+  bool goesOn = true;
+  index.forEachFolder([&](UsageIndex::Number folder) {
+    goesOn = writer.add(folderPart(index, folder));
+    return goesOn;
+  });
+  return goesOn;
+}
+
+/// Adds the folders whose names can't be read to `unreadable`.
+bool writeNames(Writer& writer, const UsageIndex& index,
+                std::vector<UsageIndex::Number>& unreadable) {
+  bool goesOn = true;
+  std::string names;
+  index.forEachFolder([&](UsageIndex::Number folder) {
+    const auto size = index.namesSize(folder);
+    for (std::uint64_t from = 0; goesOn && from < size; from += names.size()) {
+      if (!index.readNames(folder, from, names)) {
+        unreadable.push_back(folder);
+        break;
+      }
+      goesOn = writer.add(names);
+    }
+    return goesOn;
+  });
+  return goesOn;
 }
 
 }  // namespace
@@ -178,20 +220,15 @@ std::string usageRecordName(const UsageVolume& volume) {
 }
 
 std::optional<std::string> writeUsageRecord(
-    const UsageVolume& volume, bool complete, const UsageIndex& index,
+    const UsageVolume& volume, bool complete, UsageIndex& index,
     const std::function<bool(std::string_view piece)>& sink) {
   Writer writer(sink);
-  bool goesOn = writer.add(volumePart(volume) + (complete ? '\1' : '\0'));
-  std::vector<UsageIndex::Number> next = {UsageIndex::root};
-  while (goesOn && !next.empty()) {
-    const auto folder = next.back();
-    next.pop_back();
-    goesOn = writer.add(folderPart(index, folder)) && writer.add(index.packed(folder));
-    if (folder != UsageIndex::root && index.next(folder) != UsageIndex::none)
-      next.push_back(index.next(folder));
-    if (index.first(folder) != UsageIndex::none) next.push_back(index.first(folder));
-  }
-  if (!goesOn || !writer.flush()) return std::nullopt;
+  std::vector<UsageIndex::Number> unreadable;
+  const bool goesOn = writer.add(volumePart(volume) + (complete ? '\1' : '\0')) &&
+                      writeFolders(writer, index) && writeNames(writer, index, unreadable) &&
+                      writer.flush();
+  for (const auto folder : unreadable) index.setContents(folder, 0, index.sums(folder), NameList());
+  if (!goesOn || !unreadable.empty()) return std::nullopt;
   std::string head(version);
   appendFixed(head, writer.sum());
   return head;
@@ -207,7 +244,9 @@ std::optional<UsageRecord> readUsageRecord(const UsageRecordSource& source, std:
   if (!sum || reader.text(known.size()) != known) return std::nullopt;
   const auto complete = reader.text(1);
   UsageRecord record;
-  if (!complete || !readFolders(reader, record.index) || reader.sum() != *sum) return std::nullopt;
+  if (!complete || !readFolders(reader, record.index) ||
+      !readNames(reader, record.index.keptSize()) || reader.sum() != *sum)
+    return std::nullopt;
   record.complete = *complete == "\1";
   return record;
 }

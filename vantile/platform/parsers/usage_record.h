@@ -31,10 +31,11 @@ struct UsageRecord {
 };
 
 /// Writes a record piece by piece to `sink`, all but what it begins with, which is known at the end
-/// and returned: `usageRecordHead` bytes, for the file's beginning. Nothing where the sink returned
-/// false, upon which it ends.
+/// and returned: `usageRecordHead` bytes, for the file's beginning. It ends with all names, as
+/// `UsageIndex::setKept` takes them. Nothing where the sink returned false, upon which it ends, and
+/// where the names of a folder could not be read, which is to be listed then.
 std::optional<std::string> writeUsageRecord(
-    const UsageVolume& volume, bool complete, const UsageIndex& index,
+    const UsageVolume& volume, bool complete, UsageIndex& index,
     const std::function<bool(std::string_view piece)>& sink);
 constexpr std::size_t usageRecordHead = 24;
 
@@ -42,7 +43,8 @@ constexpr std::size_t usageRecordHead = 24;
 using UsageRecordSource = std::function<std::string_view()>;
 
 /// The record of `size` bytes that comes in pieces, or nothing where it is none of this volume's or
-/// version, or damaged. Of the text it keeps no more than a folder at a time.
+/// version, or damaged. It ends with the names, which are `keptSize` of its index; of what stands
+/// before them it has no more than a folder at a time.
 std::optional<UsageRecord> readUsageRecord(const UsageRecordSource& source, std::uint64_t size,
                                            const UsageVolume& volume);
 
