@@ -47,9 +47,9 @@ TEST(Value, NestedOnesAreSharedAndComparedByContent) {
 }
 
 TEST(Value, DatesAndImagesCompareByContent) {
-  const auto at = [](int seconds) {
+  const auto at = [](int second) {
     return Value(std::make_shared<const Date>(
-        Date{std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::seconds(seconds))}));
+        Date{std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::seconds(second))}));
   };
   EXPECT_EQ(at(1), at(1));
   EXPECT_NE(at(1), at(2));
