@@ -3,8 +3,11 @@
 add_library(vantile_options INTERFACE)
 target_include_directories(vantile_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(
-  vantile_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
+  vantile_options INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wconversion
                             -Wsign-conversion -Wold-style-cast -Wundef)
+# Of files that are compiled together one may shadow what another has at its top.
+target_compile_options(
+  vantile_options INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # It warns of what it does itself when it inlines a string's operator+ (GCC bug 105329).
   target_compile_options(vantile_options INTERFACE -Wno-restrict)
