@@ -5,7 +5,7 @@
 
 #include "vantile/disk/disk_ports.h"
 #include "vantile/disk/shared_disk_monitor.h"
-#include "vantile/disk/volume_categories.h"
+#include "vantile/disk/category_figures.h"
 #include "vantile/disk/volume_types.h"
 #include "vantile/foundation/guard.h"
 

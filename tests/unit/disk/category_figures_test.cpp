@@ -1,4 +1,4 @@
-#include "vantile/disk/volume_categories.h"
+#include "vantile/disk/category_figures.h"
 
 #include <gtest/gtest.h>
 
