@@ -42,9 +42,10 @@ class VANTILE_API ProcessStats final : public Monitor<ProcessStatsDelegate> {
   ProcessStats(const ProcessStats&) = delete;
   ProcessStats& operator=(const ProcessStats&) = delete;
 
-  /// Takes one sample. It ends untold when the process list can't be run, with a line in the log,
-  /// or when that succeeds, silently. Any thread, several at once, too; one from inside a delegate
-  /// call is taken.
+  /// Takes one sample. Nothing is told where the process list can't be run, with a line in the log,
+  /// nor where that ends with status 0, without one: the tool ends with another one, since it does
+  /// not know one of the columns that it is asked for, and that is what is read. Any thread,
+  /// several at once, too; one from inside a delegate call is taken.
   void updateInfo(const Timer* firing = nullptr) override;
 
   /// By what a line of the process list is read: its groups are the pid, the shares of processor
