@@ -145,7 +145,7 @@ void change(std::string_view input) {
       sums.blocks[byte(0) / 4 % usageKinds] = byte(2);
       for (std::uint64_t inode = 1; inode < byte(2) % 8; ++inode)
         sums.linked.push_back({inode, inode * 8, UsageKind(byte(0) / 4 % usageKinds)});
-      const std::string names = std::string(byte(2) + 1u, 'n') + std::string("\0m\0", 3);
+      const std::string names = std::string(byte(2) * 64u + 1, 'n') + std::string("\0m\0", 3);
       index.setContents(folder, byte(2), sums, NameList(names));
       require(index.sums(folder) == sums, "sums come back");
       if (byte(0) % 4 == 3) {

@@ -1,5 +1,11 @@
 #include "vantile/platform/linux/usage_cache.h"
 
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <fstream>
+
 #include "vantile/platform/posix/files.h"
 
 #include "fakes/open_descriptors.h"
@@ -157,18 +163,67 @@ TEST_F(UsageCacheTest, NamesThatCouldNotBeKeptStayInMemory) {
   EXPECT_EQ(testing::namesOf(index, UsageIndex::root), large);
 }
 
-TEST_F(UsageCacheTest, ARecordThatWasCutOffCostsALogLineAndIsWrittenTheNextTime) {
+TEST_F(UsageCacheTest, WhereARecordWasCutOffTheRestIsKeptAtOnce) {
   makeLarge();
+  const auto a = index.first(UsageIndex::root);
+  index.setContents(a, 7, {{0, 0, 0, 8}, {}}, NameList("a.jpg\0"s));
   keep(volume);
   std::filesystem::resize_file(file, 1000);
   EXPECT_EQ(testing::namesOf(index, UsageIndex::root), "");
+  index.setContents(index.next(a), 8, {}, NameList("b.jpg\0"s));
   keep(volume);
-  EXPECT_EQ(log.lines, (std::vector<std::string>{"usage by category is not kept in " + folder +
-                                                 ": Input/output error"}));
+  EXPECT_TRUE(log.lines.empty());
   EXPECT_EQ(keptFiles(), 1u);
-  EXPECT_EQ(index.stamp(UsageIndex::root), 0u);
+  const auto record = taken(volume);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->index.stamp(UsageIndex::root), 0u);
+  EXPECT_EQ(record->index.stamp(record->index.first(UsageIndex::root)), 0u);
+  EXPECT_EQ(record->index.blocks()[3], 8u);
+  const auto after = record->index.next(record->index.first(UsageIndex::root));
+  EXPECT_EQ(record->index.stamp(after), 8u);
+  EXPECT_EQ(testing::namesOf(record->index, after), "b.jpg\0"s);
+}
+
+TEST_F(UsageCacheTest, ARecordThatIsWrittenToIsReadNoMore) {
+  makeLarge();
   keep(volume);
-  EXPECT_EQ(taken(volume)->index.size(), 3u);
+  auto record = taken(volume);
+  const auto size = std::filesystem::file_size(file);
+  std::fstream(file, std::ios::in | std::ios::out).seekp(1000) << "other" << std::flush;
+  std::filesystem::last_write_time(
+      file, std::filesystem::last_write_time(file) + std::chrono::seconds(1));
+  EXPECT_EQ(std::filesystem::file_size(file), size);
+  EXPECT_EQ(testing::namesOf(index, UsageIndex::root), "");
+  EXPECT_EQ(testing::namesOf(record->index, UsageIndex::root), "");
+}
+
+TEST_F(UsageCacheTest, AFullDiskLeavesTheRecordBeforeAndNothingElse) {
+  keep(volume, false);
+  makeLarge();
+  struct rlimit before = {};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  struct rlimit small = before;
+  small.rlim_cur = 100000;
+  ::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  keep(volume);
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(log.lines, (std::vector<std::string>{"usage by category is not kept in " + folder +
+                                                 ": File too large"}));
+  EXPECT_FALSE(taken(volume)->complete);
+  EXPECT_EQ(keptFiles(), 1u);
+  EXPECT_EQ(testing::namesOf(index, UsageIndex::root), large);
+}
+
+TEST_F(UsageCacheTest, ItsRecordIsNotHeldForWriting) {
+  keep(volume);
+  for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    const auto path = std::filesystem::read_symlink(each, gone).string();
+    if (path.find(usageRecordName(volume)) == path.npos) continue;
+    EXPECT_EQ(path, file);
+    EXPECT_EQ(::fcntl(std::stoi(each.path().filename()), F_GETFL) & O_ACCMODE, O_RDONLY);
+  }
 }
 
 TEST_F(UsageCacheTest, OneDescriptorIsHeldForEachRecordThatIsRead) {

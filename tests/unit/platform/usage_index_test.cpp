@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "vantile/platform/parsers/packed_contents.h"
 
@@ -243,7 +244,11 @@ TEST_F(UsageIndexTest, BehindTheLastNameThereAreNone) {
 
 TEST_F(UsageIndexTest, NamesThatNoFolderHasAnyMoreLeaveTheMemory) {
   const std::string large(1000, 'x');
+  set(a, 1, {}, "kept before\0"sv);
   set(b, 1, {}, "b.jpg\0"sv);
+  index.setFolders(b, "held\0"s);
+  keep();
+  set(index.first(b), 1, {}, "c.jpg\0d.jpg\0"sv);
   for (std::uint64_t time = 1; time < 1000; ++time) {
     NameList list;
     list.append(large);
@@ -254,7 +259,38 @@ TEST_F(UsageIndexTest, NamesThatNoFolderHasAnyMoreLeaveTheMemory) {
     EXPECT_LE(index.heldSize(), 140000u);
   }
   EXPECT_EQ(names(b), "b.jpg\0"s);
+  EXPECT_EQ(names(index.first(b)), "c.jpg\0d.jpg\0"s);
   EXPECT_EQ(names(a), large + '\0');
+  EXPECT_LT(index.heldSize(), 140000u);
+}
+
+TEST_F(UsageIndexTest, WhatIsChangedIsSeen) {
+  auto before = index.changes();
+  const auto isChanged = [&] { return std::exchange(before, index.changes()) != before; };
+  set(a, 1, {}, "b.jpg\0"sv);
+  EXPECT_TRUE(isChanged());
+  set(a, 1, {}, "c.jpg\0"sv);
+  EXPECT_TRUE(isChanged());
+  index.setSums(a, withBlocks(UsageKind::movies, 1));
+  EXPECT_TRUE(isChanged());
+  index.setStamp(a, 0);
+  EXPECT_TRUE(isChanged());
+  index.setStamp(a, 0);
+  EXPECT_FALSE(isChanged());
+  index.setFolders(a, "c\0"s);
+  EXPECT_TRUE(isChanged());
+  index.setFolders(a, "c\0"s);
+  EXPECT_FALSE(isChanged());
+  index.setFolders(a, {});
+  EXPECT_TRUE(isChanged());
+  index.clear(a);
+  EXPECT_TRUE(isChanged());
+  index.clear(a);
+  keep();
+  index.setContents(a, 0, {}, {});
+  (void)isChanged();
+  keep();
+  EXPECT_FALSE(isChanged());
 }
 
 TEST_F(UsageIndexTest, FilesThatAreAskedAgainTakeNoFurtherNames) {

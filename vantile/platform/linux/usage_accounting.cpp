@@ -86,7 +86,7 @@ void UsageAccounting::arrange(const IsStopped& isStopped) {
   }
   std::swap(volumes_, wanted);
   for (const auto& unwanted : wanted)
-    if (unwanted) keep(*unwanted, isStopped);
+    if (unwanted) keepOrSetAside(*unwanted, isStopped);
 }
 
 void UsageAccounting::lookAgain() {
@@ -214,11 +214,11 @@ std::chrono::nanoseconds UsageAccounting::go(Volume& volume, const IsStopped& is
   if (!volume.pass) begin(volume);
   const auto begin = means_.processorTime();
   const auto before = volume.pass->listed();
-  const auto sums = volume.record.index.blocks();
+  const auto changes = volume.record.index.changes();
   const auto came = volume.pass->run(isFirst ? pace.firstBatch : pace.batch, isStopped);
   const auto listed = volume.pass->listed() - before;
   listed_ += listed;
-  volume.isChanged |= listed > 0 || sums != volume.record.index.blocks();
+  volume.isChanged |= changes != volume.record.index.changes();
   const bool hasMissed = volume.pass->missed() > 0;
   volume.isClosed = came == Came::nowhere;
   if (came == Came::toTheEnd || came == Came::nowhere) volume.pass.reset();
@@ -240,13 +240,23 @@ std::chrono::nanoseconds UsageAccounting::go(Volume& volume, const IsStopped& is
 bool UsageAccounting::holdsMany(const Volume& volume) const {
   const auto& index = volume.record.index;
   return index.heldSize() >=
-         volume.held + std::max<std::uint64_t>(means_.pace.mostHeld, index.keptSize() / 4);
+         volume.held +
+             std::max<std::uint64_t>(means_.pace.mostHeld, (index.keptSize() + volume.held) / 4);
 }
 
 void UsageAccounting::keepSmall() {
   constexpr int mostPieces = 16;  // of 64 KiB
   for (const auto& volume : volumes_)
-    keep(*volume, [pieces = 0]() mutable { return ++pieces > mostPieces; });
+    keepOrSetAside(*volume, [pieces = 0]() mutable { return ++pieces > mostPieces; });
+}
+
+/// What goes wrong with one volume leaves the others as they are.
+void UsageAccounting::keepOrSetAside(Volume& volume, const IsStopped& isStopped) {
+  try {
+    keep(volume, isStopped);
+  } catch (const std::exception& error) {
+    setAside(volume, error.what());
+  }
 }
 
 void UsageAccounting::keep(Volume& volume, const IsStopped& isStopped) {

@@ -28,7 +28,7 @@ struct UsagePace {
   /// From one record of a first pass to the next.
   std::chrono::nanoseconds checkpoint = std::chrono::minutes(1);
   /// So many bytes of new names of files are kept on the disk rather than in memory, or a quarter
-  /// of those that are kept already where that is more.
+  /// of those that there were when that was last tried, where that is more.
   std::size_t mostHeld = 1u << 18;
   /// Files and folders of a first pass in one go, at most.
   std::size_t firstBatch = 65536;
@@ -102,6 +102,7 @@ class UsageAccounting {
   void takeUp(Volume& volume, const IsStopped& isStopped);
   void setAside(Volume& volume, std::string_view error);
   void keep(Volume& volume, const IsStopped& isStopped);
+  void keepOrSetAside(Volume& volume, const IsStopped& isStopped);
   std::optional<std::chrono::nanoseconds> work(Volume& volume, const IsStopped& isStopped);
   bool holdsMany(const Volume& volume) const;
   std::chrono::nanoseconds go(Volume& volume, const IsStopped& isStopped);

@@ -33,12 +33,17 @@ bool writeAll(int file, std::string_view text) {
   return true;
 }
 
-/// The names of a record's index, with which the record ends.
+/// The names of a record's index, with which the record ends: as long as nobody writes to it.
 UsageIndex::ReadKept namesIn(std::shared_ptr<const Descriptor> record) {
-  struct stat status = {};
-  const off_t end = ::fstat(record->get(), &status) == 0 ? status.st_size : 0;
-  return [record = std::move(record), end](std::uint64_t fromEnd, char* to, std::size_t size) {
-    for (auto at = end - static_cast<off_t>(fromEnd); size > 0;) {
+  struct stat before = {};
+  if (::fstat(record->get(), &before) != 0) before = {};
+  return [record = std::move(record), before](std::uint64_t fromEnd, char* to, std::size_t size) {
+    struct stat now = {};
+    if (::fstat(record->get(), &now) != 0 || now.st_size != before.st_size ||
+        now.st_mtim.tv_sec != before.st_mtim.tv_sec ||
+        now.st_mtim.tv_nsec != before.st_mtim.tv_nsec)
+      return false;
+    for (auto at = now.st_size - static_cast<off_t>(fromEnd); size > 0;) {
       const auto count = ::pread(record->get(), to, size, at);
       if (count < 0 && errno == EINTR) continue;
       if (count <= 0) return false;
@@ -49,6 +54,25 @@ UsageIndex::ReadKept namesIn(std::shared_ptr<const Descriptor> record) {
     return true;
   };
 }
+
+/// A file of a name of its own, which is removed unless it is given another one.
+struct Temporary {
+  explicit Temporary(std::string pattern)
+      : path(std::move(pattern)), file(::mkostemp(path.data(), O_CLOEXEC)) {}
+  ~Temporary() {
+    if (!path.empty()) ::unlink(path.c_str());
+  }
+  Temporary(const Temporary&) = delete;
+  Temporary& operator=(const Temporary&) = delete;
+
+  /// False, with errno, where that can't be.
+  bool empty() const {
+    return ::ftruncate(file.get(), 0) == 0 && ::lseek(file.get(), 0, SEEK_SET) == 0;
+  }
+
+  std::string path;
+  Descriptor file;
+};
 
 /// Removes what a process that ended while it wrote left of the record called `name`.
 void removeLeftOvers(const std::string& folder, const std::string& name) {
@@ -71,11 +95,12 @@ UsageCache::Came UsageCache::take(const UsageVolume& volume, std::optional<Usage
                                   const IsStopped& isStopped) const {
   constexpr std::size_t pieceSize = 65536;
   const auto path = pathOf(volume);
-  const auto file = std::make_shared<const Descriptor>(
-      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  Descriptor opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  const auto file = std::make_shared<const Descriptor>(std::move(opened));
   struct stat status = {};
   if (!*file || ::fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode))
     return Came::toTheEnd;
+  auto names = namesIn(file);  // before it is read, so that a change meanwhile shows
   bool stopped = false;
   std::string piece(pieceSize, '\0');
   const UsageRecordSource source = [&]() -> std::string_view {
@@ -97,7 +122,7 @@ UsageCache::Came UsageCache::take(const UsageVolume& volume, std::optional<Usage
     logLine("usage by category: " + path + " is damaged or another volume's, and begun anew");
     ::unlink(path.c_str());
   } else {
-    record->index.setKept(namesIn(file));
+    record->index.setKept(std::move(names));
   }
   return Came::toTheEnd;
 }
@@ -116,30 +141,35 @@ int UsageCache::write(const UsageVolume& volume, bool complete, UsageIndex& inde
   makeForUserAlone(folder_);
   removeLeftOvers(folder_, usageRecordName(volume));
   const auto path = pathOf(volume);
-  auto temporary = path + ".XXXXXX";
-  const auto file = std::make_shared<const Descriptor>(::mkostemp(temporary.data(), O_CLOEXEC));
-  if (!*file) return errno;
+  Temporary temporary(path + ".XXXXXX");
+  if (!temporary.file) return errno;
   int error = 0;
   const auto sink = [&](std::string_view piece) {
     if (isStopped()) {
       error = ECANCELED;
-    } else if (!writeAll(file->get(), piece)) {
+    } else if (!writeAll(temporary.file.get(), piece)) {
       error = errno;
     }
     return error == 0;
   };
-  sink(std::string(usageRecordHead, '\0'));
-  const auto head = error == 0 ? writeUsageRecord(volume, complete, index, sink) : std::nullopt;
-  if (error == 0 && !head) error = EIO;  // names could not be read
-  if (head && ::lseek(file->get(), 0, SEEK_SET) != 0) error = errno;
-  if (head && error == 0) sink(*head);
-  if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
-  if (error != 0) {
-    ::unlink(temporary.c_str());
-  } else {
-    index.setKept(namesIn(file));
+  std::optional<std::string> head;
+  // A second time where names could not be read, without those.
+  for (int time = 0; time < 2 && error == 0 && !head; ++time) {
+    if (!temporary.empty()) return errno;
+    if (sink(std::string(usageRecordHead, '\0')))
+      head = writeUsageRecord(volume, complete, index, sink);
   }
-  return error;
+  if (error == 0 && !head) return EIO;
+  if (head && ::lseek(temporary.file.get(), 0, SEEK_SET) != 0) return errno;
+  if (head) sink(*head);
+  if (error != 0) return error;
+  // To be read alone from now on: what is open for writing keeps its file system writable.
+  Descriptor record(::open(temporary.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (!record || ::close(temporary.file.release()) != 0) return errno;
+  if (::rename(temporary.path.c_str(), path.c_str()) != 0) return errno;
+  temporary.path.clear();
+  index.setKept(namesIn(std::make_shared<const Descriptor>(std::move(record))));
+  return 0;
 }
 
 }  // namespace vantile

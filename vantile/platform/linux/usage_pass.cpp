@@ -223,7 +223,9 @@ bool UsagePass::ask(const Level& level) {
     while (counting_.name < counting_.names.size()) {
       const char* const name = counting_.names.data() + counting_.name;  // a NUL follows each
       counting_.name += std::strlen(name) + 1;
-      if (const auto kind = kindOf(level, name)) add(level, name, *kind);
+      // A file that goes changes its folder's time: otherwise the name was never there.
+      const auto kind = kindOf(level, name);
+      counting_.isUnsure |= !kind || !add(level, name, *kind);
       if (isCut()) return false;
     }
   }
@@ -239,8 +241,10 @@ bool UsagePass::ask(const Level& level) {
 bool UsagePass::readNames(const Level& level) {
   if (counting_.name < counting_.names.size()) return true;
   counting_.name = 0;
-  if (counting_.read == index_.namesSize(level.number)) return false;
-  if (!index_.readNames(level.number, counting_.read, counting_.names)) {
+  const bool areGivenUp = index_.stamp(level.number) == 0;  // meanwhile
+  if (!areGivenUp && counting_.read == index_.namesSize(level.number)) return false;
+  if (areGivenUp || !index_.readNames(level.number, counting_.read, counting_.names)) {
+    counting_.names.clear();
     counting_.isUnsure = true;
     return false;
   }

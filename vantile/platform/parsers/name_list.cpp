@@ -23,10 +23,8 @@ void NameList::copy(std::size_t from, char* to, std::size_t size) const {
 
 void NameList::add(std::string_view names) {
   while (!names.empty()) {
-    if (size_ % pieceSize == 0) {
-      pieces_.emplace_back();
-      if (size_ > 0) pieces_.back().reserve(pieceSize);  // the first one may stay small
-    }
+    if (pieces_.size() * pieceSize == size_) pieces_.emplace_back();
+    if (pieces_.size() > 1) pieces_.back().reserve(pieceSize);  // the first one may stay small
     const auto part = names.substr(0, pieceSize - size_ % pieceSize);
     pieces_.back().append(part);
     size_ += part.size();

@@ -67,11 +67,13 @@ void UsageIndex::setContents(Number folder, std::uint64_t stamp, const FolderSum
                              NameList names) {
   drop(folder);
   dropNames(folder);
-  if (dead_ > std::max<std::size_t>(pieceSize, held_.size() / 2)) gather();
-  put(folder, name(folder), {{sums, names.size()}, keptSize_ + held_.size()});
+  if (dead_ > std::max<std::size_t>(pieceSize, held_.size() / 4)) gather();
+  const Contents contents{{sums, names.size()}, keptSize_ + held_.size()};
   held_.take(std::move(names));
+  put(folder, name(folder), contents);
   folders_[folder].stamp = stamp;
   take(folder);
+  ++changes_;
 }
 
 void UsageIndex::setSums(Number folder, const FolderSums& sums) {
@@ -80,6 +82,12 @@ void UsageIndex::setSums(Number folder, const FolderSums& sums) {
   contents.sums = sums;
   put(folder, name(folder), contents);
   take(folder);
+  ++changes_;
+}
+
+void UsageIndex::setStamp(Number folder, std::uint64_t stamp) {
+  changes_ += folders_[folder].stamp != stamp;
+  folders_[folder].stamp = stamp;
 }
 
 void UsageIndex::setFolders(Number folder, std::string_view names) {
@@ -141,9 +149,10 @@ void UsageIndex::setKept(ReadKept read) {
   forEachFolder([&](Number folder) {
     auto contents = this->contents(folder);
     if (contents.namesSize == 0) return true;
+    const bool stands = contents.namesAt == size;
     contents.namesAt = size;
     size += contents.namesSize;
-    put(folder, name(folder), contents);
+    if (!stands) put(folder, name(folder), contents);
     return true;
   });
   readKept_ = std::move(read);
@@ -192,6 +201,7 @@ UsageIndex::Number UsageIndex::make(std::string_view name) {
     free_.pop_back();
   }
   put(number, name, {});
+  ++changes_;
   return number;
 }
 
@@ -207,6 +217,7 @@ void UsageIndex::release(Number folder) {
     Folder gone;
     std::swap(folders_[number], gone);  // with its memory
     free_.push_back(number);
+    ++changes_;
   }
 }
 

@@ -65,7 +65,7 @@ class UsageIndex {
   void setContents(Number folder, std::uint64_t stamp, const FolderSums& sums, NameList names);
   /// What the files of those names come to now.
   void setSums(Number folder, const FolderSums& sums);
-  void setStamp(Number folder, std::uint64_t stamp) { folders_[folder].stamp = stamp; }
+  void setStamp(Number folder, std::uint64_t stamp);
   /// Makes the names in `names` the folders in `folder`. Those that were there stay as they are.
   void setFolders(Number folder, std::string_view names);
   /// Forgets what is in a folder, and that it was listed.
@@ -87,6 +87,8 @@ class UsageIndex {
   using ReadKept = std::function<bool(std::uint64_t fromEnd, char* to, std::size_t size)>;
   /// The names of all folders are kept now, in the order of `forEachFolder`, and leave the memory.
   void setKept(ReadKept read);
+  /// How often something was changed that is kept.
+  std::uint64_t changes() const { return changes_; }
   /// Of the names that are kept, in bytes.
   std::uint64_t keptSize() const { return keptSize_; }
   /// Of those that are in memory.
@@ -121,6 +123,7 @@ class UsageIndex {
   std::vector<Number> free_;
   std::unordered_map<std::uint64_t, Names> linked_;
   UsageSums total_ = {};
+  std::uint64_t changes_ = 0;
   // One list of names: what is kept of it, and behind that what is in memory.
   ReadKept readKept_;
   std::uint64_t keptSize_ = 0;
