@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "vantile/disk/category_figures.h"
 #include "vantile/disk/disk_ports.h"
 #include "vantile/disk/shared_disk_monitor.h"
-#include "vantile/disk/category_figures.h"
 #include "vantile/disk/volume_types.h"
 #include "vantile/foundation/guard.h"
 
