@@ -58,7 +58,9 @@ UsageIndex::ReadKept namesIn(std::shared_ptr<const Descriptor> record) {
 /// A file of a name of its own, which is removed unless it is given another one.
 struct Temporary {
   explicit Temporary(std::string pattern)
-      : path(std::move(pattern)), file(::mkostemp(path.data(), O_CLOEXEC)) {}
+      : path(std::move(pattern)), file(::mkostemp(path.data(), O_CLOEXEC)) {
+    if (!file) path.clear();
+  }
   ~Temporary() {
     if (!path.empty()) ::unlink(path.c_str());
   }
