@@ -105,6 +105,16 @@ TEST_F(UsagePassTest, AFolderOfManyFilesIsCountedInParts) {
   EXPECT_EQ(counted()[3], expected[3] + bytes("a/" + std::string(30, 'x') + "7.jpg"));
 }
 
+TEST_F(UsagePassTest, AtItsEndAPassStays) {
+  tree.file("a/b.jpg", contents(1));
+  auto whole = pass();
+  EXPECT_EQ(whole.run(all, never), UsagePass::Came::toTheEnd);
+  const auto asked = whole.asked();
+  EXPECT_EQ(whole.run(all, never), UsagePass::Came::toTheEnd);
+  EXPECT_EQ(whole.asked(), asked);
+  EXPECT_EQ(counted(), sums(0, 0, 0, bytes("a/b.jpg")));
+}
+
 TEST_F(UsagePassTest, StoppedInAFolderOfManyFilesItGoesOnThere) {
   constexpr std::size_t files = 2500;
   for (std::size_t number = 0; number < files; ++number)

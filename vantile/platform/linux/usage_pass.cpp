@@ -41,6 +41,7 @@ bool showsChanges(const struct statx& status, std::int64_t now) {
 }
 
 UsagePass::Came UsagePass::run(std::size_t most, const std::function<bool()>& isStopped) {
+  if (begun_ && levels_.empty()) return Came::toTheEnd;
   isStopped_ = &isStopped;
   end_ = asked_ + most;
   until_ = means_.now() + means_.hold;

@@ -53,7 +53,7 @@ class UsagePass {
       : index_(index), mountPoint_(std::move(mountPoint)), means_(std::move(means)) {}
 
   /// Goes on until about `most` files and folders were asked, or the volume was held for as long as
-  /// may be. `isStopped` is asked at every entry.
+  /// may be. `isStopped` is asked at every entry. At the end it stays there.
   Came run(std::size_t most, const std::function<bool()>& isStopped);
 
   std::size_t listed() const { return listed_; }  ///< folders, so far
