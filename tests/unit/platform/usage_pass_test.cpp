@@ -167,8 +167,9 @@ TEST_F(UsagePassTest, AFolderThatIsReplacedByALinkIsGone) {
 TEST_F(UsagePassTest, AVolumeThatIsNotThereIsNowhere) {
   EXPECT_EQ(UsagePass(index, tree.path("missing"), {&installed, &kinds}).run(all, never),
             UsagePass::Came::nowhere);
+  tree.file("a/b.jpg", contents(1));
   auto parts = pass();
-  parts.run(1, never);
+  EXPECT_EQ(parts.run(1, never), UsagePass::Came::some);
   const auto moved = tree.path() + "-moved";
   std::filesystem::rename(tree.path(), moved);
   std::filesystem::create_directory(tree.path());
