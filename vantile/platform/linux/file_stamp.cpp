@@ -6,12 +6,24 @@
 
 namespace vantile {
 
-std::optional<FileStamp> stampOf(const std::string& path) {
+namespace {
+
+std::optional<FileStamp> stampAt(int folder, const char* name, int flags) {
   const auto status =
-      statusOf(AT_FDCWD, path.c_str(), 0, STATX_TYPE | STATX_INO | STATX_SIZE | STATX_MTIME);
+      statusOf(folder, name, flags, STATX_TYPE | STATX_INO | STATX_SIZE | STATX_MTIME);
   if (!status || !S_ISREG(status->stx_mode)) return std::nullopt;
   return FileStamp{makedev(status->stx_dev_major, status->stx_dev_minor), status->stx_ino,
                    status->stx_size, status->stx_mtime.tv_sec, status->stx_mtime.tv_nsec};
+}
+
+}  // namespace
+
+std::optional<FileStamp> stampOf(const std::string& path) {
+  return stampAt(AT_FDCWD, path.c_str(), 0);
+}
+
+std::optional<FileStamp> stampOf(int file) {
+  return stampAt(file, "", AT_EMPTY_PATH);
 }
 
 std::int64_t presentSecond() {

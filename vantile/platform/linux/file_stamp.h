@@ -16,6 +16,8 @@ struct FileStamp {
 
 /// The stamp of the regular file at `path`, links followed, or nothing.
 std::optional<FileStamp> stampOf(const std::string& path);
+/// The same of one that is open.
+std::optional<FileStamp> stampOf(int file);
 
 /// The present second since 1970, as the system's clock has it.
 std::int64_t presentSecond();

@@ -35,15 +35,10 @@ bool writeAll(int file, std::string_view text) {
 
 /// The names of a record's index, with which the record ends: as long as nobody writes to it.
 UsageIndex::ReadKept namesIn(std::shared_ptr<const Descriptor> record) {
-  struct stat before = {};
-  if (::fstat(record->get(), &before) != 0) before = {};
-  return [record = std::move(record), before](std::uint64_t fromEnd, char* to, std::size_t size) {
-    struct stat now = {};
-    if (::fstat(record->get(), &now) != 0 || now.st_size != before.st_size ||
-        now.st_mtim.tv_sec != before.st_mtim.tv_sec ||
-        now.st_mtim.tv_nsec != before.st_mtim.tv_nsec)
-      return false;
-    for (auto at = now.st_size - static_cast<off_t>(fromEnd); size > 0;) {
+  const auto stamp = stampOf(record->get());
+  return [record = std::move(record), stamp](std::uint64_t fromEnd, char* to, std::size_t size) {
+    if (!stamp || stampOf(record->get()) != stamp) return false;
+    for (auto at = static_cast<off_t>(stamp->size - fromEnd); size > 0;) {
       const auto count = ::pread(record->get(), to, size, at);
       if (count < 0 && errno == EINTR) continue;
       if (count <= 0) return false;
