@@ -16,20 +16,17 @@ namespace vantile {
 class CompactText {
  public:
   CompactText() = default;
-  /// Of `size` bytes, to be filled by way of `data`.
-  explicit CompactText(std::size_t size) {
-    if (size > std::numeric_limits<Size>::max()) throw std::length_error("too long a text");
-    if (size <= mostWithin) {
-      bytes_.back() = static_cast<char>(size);
-      return;
+  explicit CompactText(std::string_view text) {
+    if (text.size() > std::numeric_limits<Size>::max()) throw std::length_error("too long a text");
+    if (text.size() <= mostWithin) {
+      bytes_.back() = static_cast<char>(text.size());
+    } else {
+      char* const block = new char[text.size()];
+      const auto length = static_cast<Size>(text.size());
+      std::memcpy(bytes_.data(), &block, sizeof block);
+      std::memcpy(bytes_.data() + sizeof block, &length, sizeof length);
+      bytes_.back() = elsewhere;
     }
-    char* const block = new char[size];
-    const auto length = static_cast<Size>(size);
-    std::memcpy(bytes_.data(), &block, sizeof block);
-    std::memcpy(bytes_.data() + sizeof block, &length, sizeof length);
-    bytes_.back() = elsewhere;
-  }
-  explicit CompactText(std::string_view text) : CompactText(text.size()) {
     text.copy(data(), text.size());
   }
   CompactText(CompactText&& other) noexcept : bytes_(std::exchange(other.bytes_, {})) {}
@@ -45,17 +42,17 @@ class CompactText {
   std::string_view view() const noexcept {
     return {const_cast<CompactText*>(this)->data(), size()};
   }
-  char* data() noexcept {
-    char* text = bytes_.data();
-    if (isElsewhere()) std::memcpy(&text, bytes_.data(), sizeof text);
-    return text;
-  }
 
  private:
   using Size = std::uint32_t;
   static constexpr std::size_t mostWithin = 15;
   static constexpr char elsewhere = 16;  // in place of the size
 
+  char* data() noexcept {
+    char* text = bytes_.data();
+    if (isElsewhere()) std::memcpy(&text, bytes_.data(), sizeof text);
+    return text;
+  }
   bool isElsewhere() const noexcept { return bytes_.back() == elsewhere; }
   std::size_t size() const noexcept {
     if (!isElsewhere()) return static_cast<std::size_t>(bytes_.back());
